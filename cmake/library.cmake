@@ -1,0 +1,53 @@
+# libKest: one set of objects, a shared and a static library made of them.
+
+file(GLOB_RECURSE kest_sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/src/*.cpp)
+if(NOT KEST_EXPORT_NEW)
+  list(FILTER kest_sources EXCLUDE REGEX "/operator_new\\.cpp$")
+endif()
+
+add_library(kest_objects OBJECT ${kest_sources})
+target_include_directories(kest_objects
+  PUBLIC $<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}/include>
+  PRIVATE ${CMAKE_CURRENT_SOURCE_DIR}/src)
+target_link_libraries(kest_objects PRIVATE $<BUILD_INTERFACE:kest_warnings>)
+set_target_properties(kest_objects PROPERTIES
+  CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
+# Failures are results, so nothing throws; unwind tables stay, because a cancelled thread unwinds
+# through the library. -fcheck-new and -fno-delete-null-pointer-checks: our operator new may
+# return null, and null arguments are legal in most calls.
+foreach(flag -fno-exceptions -fasynchronous-unwind-tables -fcheck-new
+    -fno-delete-null-pointer-checks -fstack-protector-strong)
+  string(MAKE_C_IDENTIFIER KEST_CXX_HAS${flag} has)
+  include(CheckCXXCompilerFlag)
+  check_cxx_compiler_flag(${flag} ${has})
+  if(${has})
+    target_compile_options(kest_objects PRIVATE ${flag})
+  endif()
+endforeach()
+
+# The exported symbols, one a line; every other symbol is local to the library.
+set(kest_symbols ${CMAKE_CURRENT_SOURCE_DIR}/abi/libKest.m${KEST_BITS}.symbols)
+set(kest_version_script ${CMAKE_CURRENT_BINARY_DIR}/libKest.map)
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${kest_symbols})
+file(STRINGS ${kest_symbols} names REGEX "^[^#]")
+list(TRANSFORM names APPEND ";")
+list(JOIN names "\n    " names)
+file(CONFIGURE OUTPUT ${kest_version_script} @ONLY CONTENT
+  "KEST_1 {\n  global:\n    @names@\n  local:\n    *;\n};\n")
+
+add_library(kest SHARED)
+target_link_libraries(kest PUBLIC kest_objects)
+target_link_options(kest PRIVATE
+  LINKER:--version-script=${kest_version_script} LINKER:-z,relro,-z,now,-z,noexecstack)
+if(NOT KEST_SANITIZE)
+  target_link_options(kest PRIVATE LINKER:--no-undefined)
+endif()
+set_target_properties(kest PROPERTIES
+  OUTPUT_NAME Kest VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR}
+  LINK_DEPENDS "${kest_version_script};${kest_symbols}")
+add_library(Kest::Kest ALIAS kest)
+
+add_library(kest_static STATIC)
+target_link_libraries(kest_static PUBLIC kest_objects)
+set_target_properties(kest_static PROPERTIES OUTPUT_NAME Kest)
+add_library(Kest::Static ALIAS kest_static)

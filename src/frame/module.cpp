@@ -1,0 +1,42 @@
+// The entry pair that a module loader calls, and what a module knows of itself.
+
+#include "kest/frame.h"
+#include "kest/string.h"
+
+namespace {
+
+// From KestMemAlloc. SharedLibTerm frees it and leaves the pointer.
+char* s_modulePath = nullptr;
+
+// Never written: ModuleInit ignores the handle that it is given.
+void* const s_moduleInstance = nullptr;
+
+}  // namespace
+
+extern "C" {
+
+bool SharedLibInit(const char* path) {
+  // Through the slots, so that a host that replaced them decides how a path is measured and copied.
+  s_modulePath = static_cast<char*>(KestMemAlloc(static_cast<unsigned int>(kest_strlen(path) + 1)));
+  if (s_modulePath != nullptr) kest_strcpy(s_modulePath, path);
+  return KEST::ModuleInit(reinterpret_cast<void*>(1));
+}
+
+void SharedLibTerm(void) {
+  KEST::ModuleTerm();
+  KestMemFree(s_modulePath);
+}
+
+}  // extern "C"
+
+namespace KEST {
+
+bool ModuleInit(void*) { return true; }
+
+void ModuleTerm() {}
+
+void* ModuleGetInstance() { return s_moduleInstance; }
+
+TBstr ModuleGetFileSpec() { return TBstr(s_modulePath); }
+
+}  // namespace KEST

@@ -1,0 +1,3 @@
+// Carries the precompiled GoogleTest header that all test programs share.
+
+#include <gtest/gtest.h>
