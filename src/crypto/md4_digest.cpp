@@ -1,0 +1,64 @@
+// MD4, RFC 1320 section 3.4.
+
+#include "kest/digest.h"
+
+#include <stddef.h>
+
+#include <utility>
+
+#include "crypto/words.h"
+#include "frame/layout.h"
+
+namespace {
+
+constexpr size_t kSteps = 48;
+
+// By round: the added constant, the rotations of four steps in turn, the order of the words.
+constexpr unsigned int kConstant[3] = {0, 0x5a827999, 0x6ed9eba1};
+constexpr int kShift[3][4] = {{3, 7, 11, 19}, {3, 5, 9, 13}, {3, 9, 11, 15}};
+constexpr int kWord[3][16] = {
+    {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15},
+    {0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15},
+    {0, 8, 4, 12, 2, 10, 6, 14, 1, 9, 5, 13, 3, 11, 7, 15},
+};
+
+// F, G and H.
+template <size_t kRound>
+constexpr unsigned int Mix(unsigned int b, unsigned int c, unsigned int d) {
+  if constexpr (kRound == 0) return d ^ (b & (c ^ d));
+  if constexpr (kRound == 1) return (b & (c | d)) | (c & d);
+  if constexpr (kRound == 2) return b ^ c ^ d;
+}
+
+// From one step to the next the letters a, b, c, d move on by one word.
+template <size_t kStep>
+[[gnu::always_inline]] inline void Step(unsigned int (&v)[4], const unsigned int (&x)[16]) {
+  constexpr size_t kRound = kStep / 16;
+  unsigned int& a = v[(kSteps - kStep) % 4];
+  const unsigned int b = v[(kSteps + 1 - kStep) % 4];
+  const unsigned int c = v[(kSteps + 2 - kStep) % 4];
+  const unsigned int d = v[(kSteps + 3 - kStep) % 4];
+  a = KEST::RotateLeft(a + x[kWord[kRound][kStep % 16]] + kConstant[kRound] + Mix<kRound>(b, c, d),
+                       kShift[kRound][kStep % 4]);
+}
+
+template <size_t... kEach>
+void DoSteps(unsigned int (&v)[4], const unsigned int (&x)[16], std::index_sequence<kEach...>) {
+  (Step<kEach>(v, x), ...);
+}
+
+}  // namespace
+
+namespace KEST {
+
+KEST_SIZE_IS(TMd4Digest, 96, 104);
+
+void TMd4Digest::Transform(unsigned int* words, const unsigned char* block) {
+  unsigned int x[16];
+  for (int i = 0; i < 16; ++i) x[i] = LoadLittleEndian(block + 4 * i);
+  unsigned int v[4] = {words[0], words[1], words[2], words[3]};
+  DoSteps(v, x, std::make_index_sequence<kSteps>());
+  for (int i = 0; i < 4; ++i) words[i] += v[i];
+}
+
+}  // namespace KEST

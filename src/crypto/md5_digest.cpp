@@ -1,0 +1,75 @@
+// MD5, RFC 1321 section 3.4.
+
+#include "kest/digest.h"
+
+#include <stddef.h>
+
+#include <utility>
+
+#include "crypto/words.h"
+#include "frame/layout.h"
+
+namespace {
+
+constexpr size_t kSteps = 64;
+
+// T[1] to T[64]: 2^32 * |sin(i)|, i in radians, without the fraction.
+constexpr unsigned int kSine[kSteps] = {
+    0xd76aa478, 0xe8c7b756, 0x242070db, 0xc1bdceee, 0xf57c0faf, 0x4787c62a, 0xa8304613, 0xfd469501,
+    0x698098d8, 0x8b44f7af, 0xffff5bb1, 0x895cd7be, 0x6b901122, 0xfd987193, 0xa679438e, 0x49b40821,
+    0xf61e2562, 0xc040b340, 0x265e5a51, 0xe9b6c7aa, 0xd62f105d, 0x02441453, 0xd8a1e681, 0xe7d3fbc8,
+    0x21e1cde6, 0xc33707d6, 0xf4d50d87, 0x455a14ed, 0xa9e3e905, 0xfcefa3f8, 0x676f02d9, 0x8d2a4c8a,
+    0xfffa3942, 0x8771f681, 0x6d9d6122, 0xfde5380c, 0xa4beea44, 0x4bdecfa9, 0xf6bb4b60, 0xbebfbc70,
+    0x289b7ec6, 0xeaa127fa, 0xd4ef3085, 0x04881d05, 0xd9d4d039, 0xe6db99e5, 0x1fa27cf8, 0xc4ac5665,
+    0xf4292244, 0x432aff97, 0xab9423a7, 0xfc93a039, 0x655b59c3, 0x8f0ccc92, 0xffeff47d, 0x85845dd1,
+    0x6fa87e4f, 0xfe2ce6e0, 0xa3014314, 0x4e0811a1, 0xf7537e82, 0xbd3af235, 0x2ad7d2bb, 0xeb86d391,
+};
+
+// By round: the rotations of four steps in turn, and the words read, kFirstWord + i * kStride
+// modulo 16 in the round's step i.
+constexpr int kShift[4][4] = {{7, 12, 17, 22}, {5, 9, 14, 20}, {4, 11, 16, 23}, {6, 10, 15, 21}};
+constexpr size_t kFirstWord[4] = {0, 1, 5, 0};
+constexpr size_t kStride[4] = {1, 5, 3, 7};
+
+// F, G, H and I.
+template <size_t kRound>
+constexpr unsigned int Mix(unsigned int b, unsigned int c, unsigned int d) {
+  if constexpr (kRound == 0) return d ^ (b & (c ^ d));
+  if constexpr (kRound == 1) return c ^ (d & (b ^ c));
+  if constexpr (kRound == 2) return b ^ c ^ d;
+  if constexpr (kRound == 3) return c ^ (b | ~d);
+}
+
+// From one step to the next the letters a, b, c, d move on by one word.
+template <size_t kStep>
+[[gnu::always_inline]] inline void Step(unsigned int (&v)[4], const unsigned int (&x)[16]) {
+  constexpr size_t kRound = kStep / 16;
+  unsigned int& a = v[(kSteps - kStep) % 4];
+  const unsigned int b = v[(kSteps + 1 - kStep) % 4];
+  const unsigned int c = v[(kSteps + 2 - kStep) % 4];
+  const unsigned int d = v[(kSteps + 3 - kStep) % 4];
+  const unsigned int word = x[(kFirstWord[kRound] + kStep * kStride[kRound]) % 16];
+  a = b +
+      KEST::RotateLeft(a + word + kSine[kStep] + Mix<kRound>(b, c, d), kShift[kRound][kStep % 4]);
+}
+
+template <size_t... kEach>
+void DoSteps(unsigned int (&v)[4], const unsigned int (&x)[16], std::index_sequence<kEach...>) {
+  (Step<kEach>(v, x), ...);
+}
+
+}  // namespace
+
+namespace KEST {
+
+KEST_SIZE_IS(TMd5Digest, 96, 104);
+
+void TMd5Digest::Transform(unsigned int* words, const unsigned char* block) {
+  unsigned int x[16];
+  for (int i = 0; i < 16; ++i) x[i] = LoadLittleEndian(block + 4 * i);
+  unsigned int v[4] = {words[0], words[1], words[2], words[3]};
+  DoSteps(v, x, std::make_index_sequence<kSteps>());
+  for (int i = 0; i < 4; ++i) words[i] += v[i];
+}
+
+}  // namespace KEST
