@@ -1,0 +1,37 @@
+// Length and copying of wide C strings. Lengths are measured before anything moves, so the places
+// may overlap.
+
+#include <algorithm>
+
+#include "kest/string.h"
+#include "string/units.h"
+
+namespace KEST {
+
+unsigned int ucslen(const unsigned short* s) {
+  s = OrEmpty(s);
+  const unsigned short* end = s;
+  while (*end != 0) ++end;
+  return static_cast<unsigned int>(end - s);
+}
+
+unsigned short* ucscpy(unsigned short* dest, const unsigned short* src) {
+  src = OrEmpty(src);
+  MoveUnits(dest, src, static_cast<size_t>(ucslen(src)) + 1);
+  return dest;
+}
+
+unsigned short* ucsncpy(unsigned short* dest, const unsigned short* src, unsigned int n) {
+  src = OrEmpty(src);
+  const unsigned int length = BoundedLength(src, n);
+  MoveUnits(dest, src, length);
+  std::fill_n(dest + length, n - length, static_cast<unsigned short>(0));
+  return dest;
+}
+
+// Gives the place of the first appended unit, not the start, on purpose.
+unsigned short* ucscat(unsigned short* dest, const unsigned short* src) {
+  return ucscpy(dest + ucslen(dest), src);
+}
+
+}  // namespace KEST

@@ -1,0 +1,40 @@
+// What the files of this folder share for text of 16-bit units. Inline, because a call of an
+// exported function goes through the linkage table, which is too dear to pay for every unit.
+
+#ifndef KEST_SRC_STRING_UNITS_H
+#define KEST_SRC_STRING_UNITS_H
+
+#include <stddef.h>
+#include <string.h>
+
+namespace KEST {
+
+// The empty BSTR is null and may stand wherever text is read.
+inline const unsigned short* OrEmpty(const unsigned short* s) {
+  static constexpr unsigned short kEmpty = 0;
+  return s != nullptr ? s : &kEmpty;
+}
+
+// Units before the terminator, looking at no more than limit of them.
+inline unsigned int BoundedLength(const unsigned short* s, unsigned int limit) {
+  unsigned int length = 0;
+  while (length < limit && s[length] != 0) ++length;
+  return length;
+}
+
+// The two places may overlap.
+inline void MoveUnits(unsigned short* dest, const unsigned short* src, size_t count) {
+  if (count != 0) memmove(dest, src, count * sizeof(unsigned short));
+}
+
+constexpr unsigned short UpperOf(unsigned short ch) {
+  return ch >= 'a' && ch <= 'z' ? static_cast<unsigned short>(ch - 32) : ch;
+}
+
+constexpr unsigned short LowerOf(unsigned short ch) {
+  return ch >= 'A' && ch <= 'Z' ? static_cast<unsigned short>(ch + 32) : ch;
+}
+
+}  // namespace KEST
+
+#endif  // KEST_SRC_STRING_UNITS_H
