@@ -30,8 +30,8 @@ set(kest_symbols ${CMAKE_CURRENT_SOURCE_DIR}/abi/libKest.m${KEST_BITS}.symbols)
 set(kest_version_script ${CMAKE_CURRENT_BINARY_DIR}/libKest.map)
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${kest_symbols})
 file(STRINGS ${kest_symbols} names REGEX "^[^#]")
-list(TRANSFORM names APPEND ";")
-list(JOIN names "\n    " names)
+list(JOIN names "[semicolon]\n    " names)
+string(REPLACE "[semicolon]" ";" names "${names};")
 file(CONFIGURE OUTPUT ${kest_version_script} @ONLY CONTENT
   "KEST_1 {\n  global:\n    @names@\n  local:\n    *;\n};\n")
 

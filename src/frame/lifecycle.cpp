@@ -11,6 +11,8 @@ namespace {
 // first start and the last stop belong to one thread.
 int s_initCount = 0;
 
+int InitCount() { return __atomic_load_n(&s_initCount, __ATOMIC_RELAXED); }
+
 bool StartAll(KEST::SAllocator* allocator) {
   return KEST::MemInit(allocator) && KEST::SyncInit() && KEST::TlsInit() && KEST::TlsThreadInit() &&
          KEST::SystemInit() && KEST::BstrInit() && KEST::DebugInit() && KEST::MessageInit() &&
@@ -35,7 +37,7 @@ void StopAll() {
 extern "C" {
 
 int KestInitialize(KEST::SAllocator* allocator) {
-  if (s_initCount != 0) {
+  if (InitCount() != 0) {
     KEST::TlsThreadInit();
   } else if (!StartAll(allocator)) {
     return 0;  // what has started stays started; each step tolerates the next attempt
@@ -45,7 +47,7 @@ int KestInitialize(KEST::SAllocator* allocator) {
 }
 
 void KestUninitialize(void) {
-  if (s_initCount <= 0) return;
+  if (InitCount() <= 0) return;
   if (KestAtomicDecrement(&s_initCount) >= 1) {
     KEST::TlsThreadTerm();
   } else {
@@ -54,11 +56,3 @@ void KestUninitialize(void) {
 }
 
 }  // extern "C"
-
-namespace KEST {
-
-// String buffers come straight from the allocator: nothing to start.
-bool BstrInit() { return true; }
-void BstrTerm() {}
-
-}  // namespace KEST

@@ -1,5 +1,7 @@
 // The entry pair that a module loader calls, and what a module knows of itself.
 
+#include <limits.h>
+
 #include "kest/frame.h"
 #include "kest/string.h"
 
@@ -11,14 +13,22 @@ char* s_modulePath = nullptr;
 // Never written: ModuleInit ignores the handle that it is given.
 void* const s_moduleInstance = nullptr;
 
+// Through the slots, so that a host that replaced them decides how a path is measured and copied.
+char* CopyPath(const char* path) {
+  if (path == nullptr) return nullptr;
+  const size_t length = kest_strlen(path);
+  if (length >= UINT_MAX) return nullptr;
+  char* copy = static_cast<char*>(KestMemAlloc(static_cast<unsigned int>(length) + 1));
+  if (copy != nullptr) kest_strcpy(copy, path);
+  return copy;
+}
+
 }  // namespace
 
 extern "C" {
 
 bool SharedLibInit(const char* path) {
-  // Through the slots, so that a host that replaced them decides how a path is measured and copied.
-  s_modulePath = static_cast<char*>(KestMemAlloc(static_cast<unsigned int>(kest_strlen(path) + 1)));
-  if (s_modulePath != nullptr) kest_strcpy(s_modulePath, path);
+  s_modulePath = CopyPath(path);
   return KEST::ModuleInit(reinterpret_cast<void*>(1));
 }
 

@@ -21,12 +21,15 @@ class TestAllocator {
 
   TestAllocator() {
     Reset();
-    KEST::SAllocator hooks = {Alloc, Realloc, Free};
+    KEST::SAllocator hooks = Hooks();
     KEST::MemInit(&hooks);
   }
   ~TestAllocator() { KEST::MemTerm(); }
   TestAllocator(const TestAllocator&) = delete;
   TestAllocator& operator=(const TestAllocator&) = delete;
+
+  // The hooks themselves, for a test that installs them its own way.
+  KEST::SAllocator Hooks() const { return {Alloc, Realloc, Free}; }
 
   // Counts start again at 0 and nothing is refused.
   void Reset() { s_requests = s_live = s_lastSize = s_refuseAt = s_refused = 0; }
