@@ -15,6 +15,10 @@ KEST_API int KestStringToUtf8(const unsigned short* src, int length, char* dest,
 KEST_API int KestUtf8ToString(const char* src, int length, unsigned short* dest, int size);
 KEST_API int KestUnicodeToMultibyte(const unsigned short* src, int length, char* dest, int size);
 KEST_API int KestMultibyteToUnicode(const char* src, int length, unsigned short* dest, int size);
+
+// Character tests. The first three take a byte, as char (down to -128) or as unsigned char (up to
+// 255), and ask the C library's tables of the current locale; any other code is in no class. The
+// last two take a unit and know ASCII alone, see isuctype below. Nonzero means yes.
 KEST_API int kest_isalnum(int ch);
 KEST_API int kest_isdigit(int ch);
 KEST_API int kest_isspace(int ch);
@@ -22,45 +26,157 @@ KEST_API int kest_isualnum(unsigned short ch);
 KEST_API int kest_isudigit(unsigned short ch);
 }
 namespace KEST {
+
+// Wide C strings: arrays of 16-bit units that end at the first zero unit.
+//
+// True of all of them:
+//   Units      Lengths, sizes and counts are 16-bit units. Surrogate halves are units like any
+//   other. Null       Text that is only read may be null, which is empty text, as an empty BSTR is.
+//   What is
+//              written to must not be null, save where its size is 0.
+//   Room       Except for the bounded copies, dest has to have room for the result: no size is
+//   known.
+//              Source and destination may overlap; the result is that of a copy made first.
+//   Letters    Case means ASCII case: U+00E9 and U+00C9 are two different letters everywhere.
+//   Results    A result that points into const text is non-const, as in C; write only to what is
+//              yours.
+//   Memory     Nothing is allocated and nothing fails.
+//   Threads    No state; safe wherever the text itself is.
+
+// Units before the terminator.
 KEST_API unsigned int ucslen(const unsigned short* s);
+
+// Copies src and its terminator. Returns dest.
 KEST_API unsigned short* ucscpy(unsigned short* dest, const unsigned short* src);
+
+// Writes exactly n units: those of src, then zeros. No terminator when src has n units or more.
+// Returns dest.
 KEST_API unsigned short* ucsncpy(unsigned short* dest, const unsigned short* src, unsigned int n);
+
+// Appends src to dest. Unlike strcat, returns the place of the first appended unit, where the
+// terminator was, so that calls can be chained without walking the text again.
 KEST_API unsigned short* ucscat(unsigned short* dest, const unsigned short* src);
+
+// Comparison by unit value: the difference (a's minus b's) of the first units that differ, 0 when
+// none do. The n forms look at no more than n units, the i forms at upper-case ASCII.
 KEST_API int ucscmp(const unsigned short* a, const unsigned short* b);
 KEST_API int ucsncmp(const unsigned short* a, const unsigned short* b, unsigned int n);
 KEST_API int ucsicmp(const unsigned short* a, const unsigned short* b);
 KEST_API int ucsnicmp(const unsigned short* a, const unsigned short* b, unsigned int n);
+
+// The first, or the last, ch in s; null when there is none. A ch of 0 finds the terminator.
 KEST_API unsigned short* ucschr(const unsigned short* s, unsigned short ch);
 KEST_API unsigned short* ucsrchr(const unsigned short* s, unsigned short ch);
+
+// The first unit of s that is in set; null when none is.
 KEST_API unsigned short* ucspbrk(const unsigned short* s, const unsigned short* set);
+
+// The first place of needle in haystack; null when there is none. An empty needle is found at the
+// start, but nothing is found in an empty haystack, not even an empty needle.
 KEST_API unsigned short* ucsstr(const unsigned short* haystack, const unsigned short* needle);
+
+// The number that s starts with: spaces (U+0020 alone), at most one sign, digits of base 2 to 36.
+// Base 0 takes 16 after "0x", 8 after "0", else 10; base 16 allows a "0x" in front.
+//
+// end, unless null, receives the place behind the last digit. Without a digit, or with an
+// impossible base, the result is 0 and end receives s.
+//
+// What is too large becomes the largest value, and only then the sign applies; no error is
+// reported. So "-99999999999" gives -2147483647 as a signed number (as -2147483648 does) and 1 as
+// an unsigned one, and "-1" gives 4294967295 as an unsigned one.
 KEST_API int ucstol(const unsigned short* s, unsigned short** end, int base);
 KEST_API unsigned int ucstoul(const unsigned short* s, unsigned short** end, int base);
+
+// What both are made of: flags is 0 for a signed number, 1 for an unsigned one. The other bits are
+// working state (2 negative, 4 overflow, 8 digit read) and start at 0.
 KEST_API unsigned int ucstoxl(const unsigned short* s, unsigned short** end, int base,
                               unsigned int flags);
+
+// In place: ASCII letters to upper or lower case, all units in reverse order. They return s, and
+// null for null.
 KEST_API unsigned short* ucsupr(unsigned short* s);
 KEST_API unsigned short* ucslwr(unsigned short* s);
 KEST_API unsigned short* ucsrev(unsigned short* s);
+
+// Bounded copy and append. size is the whole room of dest, terminator included, in units of dest.
+// What does not fit is cut off, and the result is terminated whenever size is not 0; with size 0
+// nothing is written and dest may be null. The result is the length that the complete text has, so
+// a result of size or more tells of truncation.
+//
+// The appending forms do not bound the text that dest already holds. With a size equal to its
+// length they append nothing; with a smaller size the room wraps around and THE COPY IS UNBOUNDED.
+// Never pass a size below the length of the contents.
+//
+// s2ulcpy widens bytes as ISO 8859-1. strlcpy and strlcat count in bytes.
 KEST_API unsigned int ucslcpy(unsigned short* dest, const unsigned short* src, unsigned int size);
 KEST_API unsigned int ucslcat(unsigned short* dest, const unsigned short* src, unsigned int size);
 KEST_API unsigned int s2ulcpy(unsigned short* dest, const char* src, unsigned int size);
 KEST_API unsigned int strlcpy(char* dest, const char* src, unsigned int size);
 KEST_API unsigned int strlcat(char* dest, const char* src, unsigned int size);
+
+// The classes of ch that are in mask: 0x01 upper case, 0x02 lower case, 0x04 decimal digit, 0x08
+// space (U+0020 alone), 0x10 punctuation, 0x20 control (TAB and line ends included), 0x80
+// hexadecimal digit. A letter is 0x103, a letter or digit 0x107. Units above 127 have no class.
 KEST_API int isuctype(unsigned short ch, unsigned short mask);
+
+// ch in upper or lower case; whatever is no ASCII letter stays.
 KEST_API unsigned short touupper(unsigned short ch);
 KEST_API unsigned short toulower(unsigned short ch);
+
+// Formatted output of 16-bit text. The format, its strings and its characters are 16-bit; there is
+// no floating point.
+//
+//   %[flags][width][size]type, or %[flags][width].*[size]type with a precision
+//
+//   flags  '-' left-justified, '0' filled with zeros, '+' or ' ' in front of numbers not negative;
+//          '#' is accepted and ignored
+//   width  digits, or '*': an int argument, where a negative one means '-' as well
+//   .*     precision, an int argument, where a negative one means none: the fewest digits of a
+//          number (which also drops '0'), the most units of a string. A PRECISION IN DIGITS, as in
+//          "%.2s", IS IGNORED.
+//   size   'h' takes the low 16 bits of a number; F I L N l w are accepted and ignored
+//   type   d i  signed decimal      u o x X  unsigned decimal, octal, hexadecimal
+//          c    one unit            s        const unsigned short*; null prints "(null)"
+//          p    the low 32 bits as eight upper-case hexadecimal digits
+//          n    int* (short* with 'h'), receives the count of units so far; null receives nothing
+//
+// Whatever does not continue a conversion is written as it is, so "%%" is one '%' and no format is
+// an error. The type letters B C E G S Z e f g are reserved: they take no argument and write the
+// text of the call's previous conversion again, byte by byte. Do not use them.
+//
+// Every number takes one 32-bit argument: a 64-bit integer is not supported, and in the 32-bit
+// target shifts the arguments behind it. Widths, precisions and counts stop at INT_MAX instead of
+// overflowing. A null format is an empty one. Nothing is allocated. Arguments must not be changed
+// by another thread during the call.
+
+// Where formatted units go. position is the place of the next one; one is stored only while
+// remaining is above 0.
 struct KEST_API xFILE {
   unsigned short* position;
   int remaining;
 };
+
+// Writes to dest, which has room for size units. What does not fit is cut off and the text is
+// terminated; with size 0 nothing is written and dest may be null. Returns the length of the
+// complete text, so a result of size or more tells of truncation. The room is a signed number: a
+// size above 0x80000000 stores the terminator alone.
 KEST_API int snuprintf(unsigned short* dest, unsigned int size, const unsigned short* format, ...);
 KEST_API int vsnuprintf(unsigned short* dest, unsigned int size, const unsigned short* format,
                         va_list args);
+
+// The formatter. Writes to out, without a terminator, and returns the count of units produced,
+// stored or not. args has no defined position afterwards.
 KEST_API int unichar_output(xFILE* out, const unsigned short* format, va_list args);
+
+// What the formatter is made of: ch once, ch n times (nothing for n below 1), the n units at s.
+// They store what has room and add all of it to *count, which stops at INT_MAX.
 KEST_API void write_char(unsigned short ch, xFILE* out, int* count);
 KEST_API void write_multi_char(unsigned short ch, int n, xFILE* out, int* count);
 KEST_API void write_string(const unsigned short* s, int n, xFILE* out, int* count);
+
+// Takes the next 32-bit argument.
 KEST_API int get_int_arg(va_list* args);
+
 class KEST_API TConvertBuffer {
  public:
   explicit TConvertBuffer(const char* s, int length = -1);
@@ -140,8 +256,13 @@ class KEST_API TBstr {
   int Delete(int index, int count = 1);
   int GetEncodedByteLength(const unsigned short* encoding) const;
   TBstr GetBestEncoding() const;
+
+  // The text becomes what snuprintf would write with room enough; its rules hold. Format and
+  // arguments may lie in this object's own text. Without memory, and at INT_MAX units, the text is
+  // empty. "%n" stores its count twice, the same value each time.
   void Format(const unsigned short* format, ...);
   void FormatV(const unsigned short* format, va_list args);
+
   TBstr& operator=(const TBstr& other) { return Assign(other); }
   TBstr& operator=(TBstr&& other) noexcept {
     if (this != &other) {
