@@ -7,9 +7,8 @@ endif()
 
 add_library(kest_objects OBJECT ${kest_sources})
 target_include_directories(kest_objects
-  PUBLIC $<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}/include>
-  PRIVATE ${CMAKE_CURRENT_SOURCE_DIR}/src)
-target_link_libraries(kest_objects PRIVATE $<BUILD_INTERFACE:kest_warnings>)
+  PRIVATE ${CMAKE_CURRENT_SOURCE_DIR}/include ${CMAKE_CURRENT_SOURCE_DIR}/src)
+target_link_libraries(kest_objects PRIVATE kest_warnings)
 set_target_properties(kest_objects PROPERTIES
   CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
 # Failures are results, so nothing throws; unwind tables stay, because a cancelled thread unwinds
@@ -35,19 +34,29 @@ string(REPLACE "[semicolon]" ";" names "${names};")
 file(CONFIGURE OUTPUT ${kest_version_script} @ONLY CONTENT
   "KEST_1 {\n  global:\n    @names@\n  local:\n    *;\n};\n")
 
-add_library(kest SHARED)
-target_link_libraries(kest PUBLIC kest_objects)
+add_library(kest SHARED $<TARGET_OBJECTS:kest_objects>)
 target_link_options(kest PRIVATE
   LINKER:--version-script=${kest_version_script} LINKER:-z,relro,-z,now,-z,noexecstack)
 if(NOT KEST_SANITIZE)
   target_link_options(kest PRIVATE LINKER:--no-undefined)
 endif()
 set_target_properties(kest PROPERTIES
-  OUTPUT_NAME Kest VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR}
+  OUTPUT_NAME Kest EXPORT_NAME Kest VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR}
   LINK_DEPENDS "${kest_version_script};${kest_symbols}")
 add_library(Kest::Kest ALIAS kest)
 
-add_library(kest_static STATIC)
-target_link_libraries(kest_static PUBLIC kest_objects)
-set_target_properties(kest_static PROPERTIES OUTPUT_NAME Kest)
+add_library(kest_static STATIC $<TARGET_OBJECTS:kest_objects>)
+set_target_properties(kest_static PROPERTIES OUTPUT_NAME Kest EXPORT_NAME Static)
 add_library(Kest::Static ALIAS kest_static)
+
+foreach(library kest kest_static)
+  target_include_directories(${library} PUBLIC
+    $<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}/include>
+    $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+  target_compile_features(${library} PUBLIC cxx_std_17)
+  if(KEST_BITS EQUAL 32)
+    # Whoever links the 32-bit library builds for it.
+    target_compile_options(${library} INTERFACE $<INSTALL_INTERFACE:-m32>)
+    target_link_options(${library} INTERFACE $<INSTALL_INTERFACE:-m32>)
+  endif()
+endforeach()

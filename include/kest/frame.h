@@ -21,7 +21,7 @@
 
 namespace KEST {
 
-class KEST_API TBstr;  // kest/string.h
+class TBstr;  // kest/string.h
 
 // A host's allocator. All three hooks have to be there, or the record is ignored as a whole. They
 // may be called from any thread, with the contracts of malloc, realloc and free; sizes are bytes.
