@@ -1,3 +1,5 @@
+#include <limits.h>
+
 #include "kest/frame.h"
 #include "kest/string.h"
 

@@ -1,5 +1,6 @@
 #include "kest/frame.h"
 
+#include <limits.h>
 #include <malloc.h>
 #include <string.h>
 

@@ -2,6 +2,7 @@
 // those of the standard library.
 
 #include <dlfcn.h>
+#include <stdint.h>
 
 #include "support/test_allocator.h"
 
@@ -72,12 +73,14 @@ TEST_F(OperatorNew, AFailedAllocationIsNullAndThrowsNothing) {
   EXPECT_NO_THROW(EXPECT_EQ(nullptr, array(40)));
 }
 
-TEST_F(OperatorNew, ASizeThatDoesNotFit32BitsIsNullWithoutARequest) {
-  if (sizeof(size_t) == 4) GTEST_SKIP() << "every size fits";
+TEST_F(OperatorNew, OnlyASizeThatFits32BitsBecomesARequest) {
   const New plain = Get<New>(KEST_SIZE_LETTER("_Znwj", "_Znwm"));
   kest_test::TestAllocator allocator;
-  EXPECT_EQ(nullptr, plain(static_cast<size_t>(0xFFFFFFFFu) + 1 + 40));
-  EXPECT_EQ(0, allocator.Requests());
+  allocator.Refuse(1, kest_test::TestAllocator::kFromThereOn);
+  EXPECT_EQ(nullptr, plain(0xFFFFFFFFu));
+  EXPECT_EQ(0xFFFFFFFFu, allocator.LastSize());
+  EXPECT_EQ(nullptr, plain(SIZE_MAX));
+  EXPECT_EQ(sizeof(size_t) == 4 ? 2 : 1, allocator.Requests());
 }
 
 }  // namespace
