@@ -49,7 +49,8 @@ TEST(MessageDigest, ResetBringsTheInitialStateAndLeavesTheBuffer) {
   probe.Reset();
   EXPECT_EQ(kInitialState, probe.State());
   EXPECT_EQ((Words{0, 0}), probe.BitCount());
-  EXPECT_EQ(Bytes(Pattern(69).begin() + 64, Pattern(69).begin() + 69), probe.Buffered(5));
+  const Bytes message = Pattern(64 + 5);
+  EXPECT_EQ(Bytes(message.begin() + 64, message.end()), probe.Buffered(5));
 }
 
 TEST(MessageDigest, KeepsAPartialBlock) {
