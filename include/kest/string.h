@@ -30,18 +30,15 @@ namespace KEST {
 // Wide C strings: arrays of 16-bit units that end at the first zero unit.
 //
 // True of all of them:
-//   Units      Lengths, sizes and counts are 16-bit units. Surrogate halves are units like any
-//   other. Null       Text that is only read may be null, which is empty text, as an empty BSTR is.
-//   What is
-//              written to must not be null, save where its size is 0.
-//   Room       Except for the bounded copies, dest has to have room for the result: no size is
-//   known.
-//              Source and destination may overlap; the result is that of a copy made first.
-//   Letters    Case means ASCII case: U+00E9 and U+00C9 are two different letters everywhere.
-//   Results    A result that points into const text is non-const, as in C; write only to what is
-//              yours.
-//   Memory     Nothing is allocated and nothing fails.
-//   Threads    No state; safe wherever the text itself is.
+//   Units    Lengths, sizes and counts are 16-bit units. A surrogate half is a unit like any other.
+//   Null     Text that is only read may be null, which is empty text, as an empty BSTR is. What is
+//            written to must not be null, save where its size is 0.
+//   Room     Except for the bounded copies, dest must have room for the result; nothing checks.
+//            Source and destination may overlap: the result is that of a copy made first.
+//   Letters  Case means ASCII case: U+00E9 and U+00C9 are two different letters everywhere.
+//   Results  A result that points into const text is non-const, as in C. Write only to your own.
+//   Memory   Nothing is allocated and nothing fails.
+//   Threads  No state: as safe as the text itself.
 
 // Units before the terminator.
 KEST_API unsigned int ucslen(const unsigned short* s);
