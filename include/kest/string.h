@@ -1,19 +1,79 @@
+// Text: length-prefixed buffers (BSTRs), the string class TBstr, conversion to and from bytes, wide
+// C strings and formatted output.
+//
+// True of all of it:
+//   Units      Text is 16-bit code units, UTF-16 without its pairs: a surrogate half is a unit like
+//              any other. Lengths and indexes count units, byte lengths say so.
+//   Letters    Case is ASCII case, and a space is U+0020 alone.
+//   Null       The null pointer is the empty text: there is no empty BSTR, and text that is only
+//              read may be null.
+//   Failure    Nothing throws. Without memory a function gives null, and a TBstr ends up empty.
+//   Threads    The functions share nothing but the allocator. A TBstr belongs to one thread at a
+//              time, even for reading: its 8-bit copy is made by a const member.
 #ifndef KEST_STRING_H
 #define KEST_STRING_H
 
 #include <stdarg.h>
 #include "kest/export.h"
+
+// A literal as text: KEST_TEXT("abc"). It lives as long as the program and cannot initialise an
+// array. A single unit is written u'x'.
 #define KEST_TEXT(s) (reinterpret_cast<const unsigned short*>(u"" s))
+
 extern "C" {
+
+// A BSTR is a pointer to the first unit of a text that ends with a zero unit and carries its length
+// in front: one block of an unsigned 32-bit byte count (native order), the units, the zero unit. It
+// may be passed wherever a wide C string is expected, and may hold zero units of its own.
+//
+// Whoever gets a BSTR from one of these, or from TBstr::Copy or Detach, frees it with
+// KestFreeString. Blocks come from KestMemAlloc, and are released under the hooks that gave them.
+
+// A copy of s up to its terminator. Null when s is null or empty, or there is no memory.
 KEST_API unsigned short* KestAllocString(const unsigned short* s);
+
+// A copy of the first length units of s, zero units included. With a null s the units are left
+// for the caller to fill. Null when length is 0 or above 0x7FFFFFFC, or there is no memory.
 KEST_API unsigned short* KestAllocStringLen(const unsigned short* s, unsigned int length);
+
+// Frees a BSTR; null is ignored.
 KEST_API void KestFreeString(unsigned short* bstr);
+
+// The length of a BSTR in units and in bytes, read from its prefix; 0 for null. Not for pointers
+// to other text.
 KEST_API unsigned int KestStringLen(const unsigned short* bstr);
 KEST_API unsigned int KestStringByteLen(const unsigned short* bstr);
+
+// UTF-8 after RFC 3629, for sequences of up to three bytes. Each unit is converted on its own, so a
+// character beyond U+FFFF becomes two sequences of three bytes instead of one of four.
+//
+// Both converters take the source's length, write no terminator unless the source holds one, and
+// return the number of elements written. A length or size below 1, or a null pointer, converts
+// nothing; here -1 is not short for the whole text. Nothing is reported as an error.
+
+// The bytes that s needs up to its terminator, which is not counted.
 KEST_API unsigned int KestStringUtf8ByteLen(const unsigned short* s);
+
+// Writes length units of src to dest. The size is compared before each unit only: A SEQUENCE THAT
+// BEGINS BELOW size IS WRITTEN WHOLE, up to 2 bytes past it, and counted. Allow for 2 bytes of
+// slack, or size dest with KestStringUtf8ByteLen. Returns the bytes written.
 KEST_API int KestStringToUtf8(const unsigned short* src, int length, char* dest, int size);
+
+// Decodes length bytes of src into at most size units of dest, WITHOUT VALIDATION: a lead of 0x80
+// or more takes two bytes after it when its bit 0x20 is set, else one, whatever they are. Overlong
+// forms and surrogates decode to their value, leads from 0xF0 on count with their low four bits,
+// and a sequence that is cut off at the end is dropped. Check input from elsewhere first. Returns
+// the units written.
 KEST_API int KestUtf8ToString(const char* src, int length, unsigned short* dest, int size);
+
+// One byte a unit, ISO 8859-1: called multibyte here. A length of -1 stands for the whole text and
+// its terminator; any other below 1, a size below 1, or a null pointer converts nothing. Both stop
+// at the length or the size, whichever comes first, and return the number of elements written.
+
+// Units above 255 become '?'.
 KEST_API int KestUnicodeToMultibyte(const unsigned short* src, int length, char* dest, int size);
+
+// Bytes become the units of the same value, 0 to 255.
 KEST_API int KestMultibyteToUnicode(const char* src, int length, unsigned short* dest, int size);
 
 // Character tests. The first three take a byte, as char (down to -128) or as unsigned char (up to
@@ -174,19 +234,42 @@ KEST_API void write_string(const unsigned short* s, int n, xFILE* out, int* coun
 // Takes the next 32-bit argument.
 KEST_API int get_int_arg(va_list* args);
 
+// A temporary wide copy of 8-bit text, for a call that takes 16-bit text. Each byte is one unit of
+// the same value.
 class KEST_API TConvertBuffer {
  public:
+  // Widens the first length bytes of s, or all of it for -1. The buffer stays null when s is null,
+  // there is nothing to convert, or there is no memory.
   explicit TConvertBuffer(const char* s, int length = -1);
   TConvertBuffer(const TConvertBuffer&) = delete;
   TConvertBuffer& operator=(const TConvertBuffer&) = delete;
   ~TConvertBuffer();
+
+  // The text and a terminator, or null. It belongs to this object.
   const unsigned short* GetBuffer() const { return buffer; }
+
+  // The units converted; 0 when the buffer is null.
   int GetLength() const { return length; }
 
  private:
   unsigned short* buffer;
   int length;
 };
+
+// A string by value: one BSTR that it owns alone, and an 8-bit copy made on demand.
+//
+// True of all members:
+//   Size       The buffer is exactly as long as the text. Every change of length takes one new
+//              block and copies; text that grows in a loop is better assembled elsewhere.
+//   Failure    A change that gets no memory leaves the string EMPTY, never half done. Only the
+//              members with a bool result tell; the others are followed by IsEmpty.
+//   Aliasing   Arguments may lie in the string's own text; they are taken as they were before.
+//   Indexes    Out of range they are clamped or make the member do nothing, as each one says.
+//   Zero       Text may hold zero units. Members work by the counted length, except those that say
+//              that they end at the first zero unit.
+//   Literal 0  is a unit and a null pointer: write u'\0' or a typed null.
+//
+// There is no conversion to a pointer: pass GetString().
 class KEST_API TBstr {
  public:
   TBstr();
@@ -195,27 +278,76 @@ class KEST_API TBstr {
     other.string = nullptr;
     other.multibyte = nullptr;
   }
+
+  // count times ch; empty when ch is 0 or count below 1. More than 128 units take a temporary
+  // block as well.
   TBstr(unsigned short ch, int count);
+
+  // Up to the terminator; null is empty.
   TBstr(const unsigned short* s);
+
+  // The first length units, zero units included; empty for a null s or a length below 1.
   TBstr(const unsigned short* s, int length);
+
+  // 8-bit text, each byte the unit of the same value: all of it, or the first length bytes (-1 is
+  // all). Goes through a TConvertBuffer, which takes a temporary block.
   TBstr(const char* s);
   TBstr(const char* s, int length);
+
   ~TBstr();
+
+  // The storage, on which all other members are built.
+
+  // Makes the buffer length units long; below 1 empties. With keep, units that fit are kept;
+  // otherwise, and beyond them, units are unset. Does nothing when the length is right already.
+  // Leaves the 8-bit copy. False, and an empty string, without memory.
   bool AdjustBuffer(int length, bool keep);
+
+  // The text becomes length units of src. A null src or a length of 0 empties. False for a
+  // negative length, with the text as it was, and without memory.
   bool InternalInit(const unsigned short* src, int length);
+
+  // Appends length units of src. A null src or a length of 0 appends nothing and is true. False
+  // for a negative length, with the text as it was, and without memory.
   bool InternalAppend(const unsigned short* src, int length);
+
+  // Makes the 8-bit copy anew. False without memory, and for a text whose copy of 2 * length + 1
+  // bytes would pass INT_MAX.
   bool CreateMultibyteBuffer() const;
+
   void DestroyMultibyteBuffer();
+
   int GetLength() const;
   bool IsEmpty() const;
   void Empty();
+
+  // The text, never null, with a terminator. Valid until the string is changed.
   const unsigned short* GetString() const;
+
+  // The text in bytes, never null: units above 255 are '?'. Made at the first call and kept until
+  // the string is changed. Empty without memory.
   const char* GetMultibyteString() const;
+
+  // An output parameter: empties the string and gives the place where a callee may store a BSTR,
+  // which this object then owns.
   unsigned short** GetBstrPtr();
+
+  // The same place with the text as it is. A store through it, or into the text, is not noticed:
+  // call DestroyMultibyteBuffer then.
   unsigned short** GetRawBstrPtr();
+
+  // Takes ownership of bstr. The previous text is NOT freed: empty or detach first.
   void Attach(unsigned short* bstr);
+
+  // Gives the text to the caller, who frees it with KestFreeString; null when empty.
   unsigned short* Detach();
+
+  // A copy that the caller frees with KestFreeString; null when empty or without memory.
   unsigned short* Copy() const;
+
+  // Replace or extend the text and return this object. Null and empty text empties or appends
+  // nothing. THE UNIT 0 IS IGNORED: Assign(u'\0') keeps the old text. 8-bit text goes through a
+  // TConvertBuffer; when that gets no memory it counts as null.
   TBstr& Assign(const TBstr& other);
   TBstr& Assign(unsigned short ch);
   TBstr& Assign(const unsigned short* s);
@@ -224,34 +356,84 @@ class KEST_API TBstr {
   TBstr& Append(unsigned short ch);
   TBstr& Append(const unsigned short* s);
   TBstr& Append(const char* s);
+
+  // 0 outside the text.
   unsigned short GetAt(int index) const;
+
+  // Ignores an index outside the text and the unit 0.
   void SetAt(int index, unsigned short ch);
+
+  // The difference of the first units that differ, as they are or in upper case, up to the first
+  // zero unit. When s is null or this string is empty: the difference of the lengths.
   int Compare(const unsigned short* s) const;
   int CompareNoCase(const unsigned short* s) const;
+
+  // As Compare, of the forms that Normalize gives: "a b" equals "AB". When s is null or this string
+  // is empty, the difference of the lengths without trailing spaces; other spaces count there.
   int CompareNormal(const unsigned short* s) const;
+
+  // The decimal number that the text starts with, as ucstol reads it; 0 when there is none.
   int ToLong() const;
+
+  // The index of the first ch, or s, at or after start; -1 when there is none, start is outside the
+  // text, or s is null. An empty s is found at start. The search ends at the first zero unit; that
+  // one, or the terminator, is what a search for 0 finds.
   int Find(unsigned short ch, int start = 0) const;
   int Find(const unsigned short* s, int start = 0) const;
+
+  // The last ch, and the first unit that is in set; otherwise as Find.
   int ReverseFind(unsigned short ch) const;
   int FindOneOf(const unsigned short* set) const;
+
+  // Parts: count units from first (or all from there), the first n, the last n. What lies outside
+  // the text is cut off, so a negative first means 0, and a count or n below 1 gives empty text.
   TBstr Mid(int first, int count) const;
   TBstr Mid(int first) const;
   TBstr Left(int n) const;
   TBstr Right(int n) const;
+
+  // Up to the first zero unit.
   void MakeUpper();
   void MakeLower();
   void MakeReverse();
+
+  // Swaps the bytes of every unit: UTF-16BE on a little-endian host, and back.
   void MakeBigEndian();
+
+  // Remove the run of ch at the start or the end; nothing for the unit 0.
   void TrimLeft(unsigned short ch = 0x20);
   void TrimRight(unsigned short ch = 0x20);
+
+  // Removes all spaces and lowers ASCII letters.
   void Normalize();
+
+  // Every unit from becomes to, which may be 0. Returns how many did.
   int Replace(unsigned short from, unsigned short to);
+
+  // Every occurrence of from, left to right and without overlap, becomes to. What was put in is not
+  // searched. Ends at the first zero unit and keeps what follows it. Returns how many occurrences;
+  // 0 when memory fails.
   int Replace(const unsigned short* from, const unsigned short* to);
+
+  // Removes every ch. Returns how many there were.
   int Remove(unsigned short ch);
+
+  // Inserts before the unit at index, which is clamped to the length. A negative index, the unit 0,
+  // null and empty text insert nothing. Returns the length afterwards.
   int Insert(int index, unsigned short ch);
   int Insert(int index, const unsigned short* s);
+
+  // Removes count units from index on, at most to the end. An index outside the text or a count
+  // below 1 removes nothing. Returns the length afterwards.
   int Delete(int index, int count = 1);
+
+  // The bytes of this text in the encoding of that name, one of kest/text.h in any case of letters:
+  // a byte a unit for "us-ascii", "iso-8859-1" and null, even where a unit does not fit; UTF-8 up
+  // to the first zero unit; two bytes a unit for "unicode-2-0". 0 for any other name.
   int GetEncodedByteLength(const unsigned short* encoding) const;
+
+  // The name of the narrowest encoding that holds every unit: "us-ascii" (also of empty text),
+  // "iso-8859-1", or "utf-8".
   TBstr GetBestEncoding() const;
 
   // The text becomes what snuprintf would write with room enough; its rules hold. Format and
@@ -260,6 +442,7 @@ class KEST_API TBstr {
   void Format(const unsigned short* format, ...);
   void FormatV(const unsigned short* format, va_list args);
 
+  // Assign and Append. A move leaves its source empty.
   TBstr& operator=(const TBstr& other) { return Assign(other); }
   TBstr& operator=(TBstr&& other) noexcept {
     if (this != &other) {
@@ -280,6 +463,8 @@ class KEST_API TBstr {
   unsigned short* string;
   mutable char* multibyte;
 };
+
+// As Compare: up to the first zero unit, null equal to empty.
 inline bool operator==(const TBstr& a, const TBstr& b) { return a.Compare(b.GetString()) == 0; }
 inline bool operator==(const TBstr& a, const unsigned short* b) { return a.Compare(b) == 0; }
 inline bool operator==(const unsigned short* a, const TBstr& b) { return b.Compare(a) == 0; }
@@ -289,6 +474,8 @@ inline bool operator!=(const unsigned short* a, const TBstr& b) { return !(a == 
 inline bool operator<(const TBstr& a, const TBstr& b) { return a.Compare(b.GetString()) < 0; }
 inline bool operator<(const TBstr& a, const unsigned short* b) { return a.Compare(b) < 0; }
 inline bool operator<(const unsigned short* a, const TBstr& b) { return b.Compare(a) > 0; }
+
+// Each makes a copy and appends: two blocks. When memory fails the sum is empty or lacks a part.
 inline TBstr operator+(const TBstr& a, const TBstr& b) {
   TBstr sum(a);
   sum.Append(b);
