@@ -1,0 +1,188 @@
+// Cancellation of threads, also while they are inside the library. The functions that are cancelled
+// have nothing to unwind: no destructors, no locks.
+
+#include <unistd.h>
+
+#include <vector>
+
+#include "kest/message.h"
+#include "kest/thread.h"
+#include "support/test_allocator.h"
+
+namespace {
+
+using KEST::TThread;
+using kest_test::TestAllocator;
+
+#if defined(__has_feature)
+#if __has_feature(thread_sanitizer)
+#define KEST_TESTS_THREAD_SANITIZER
+#endif
+#endif
+
+// An asynchronous cancel unwinds out of whatever runs, thread sanitizer's own functions and their
+// locks included.
+#ifdef KEST_TESTS_THREAD_SANITIZER
+#define KEST_SKIP_UNDER_TSAN() \
+  GTEST_SKIP() << "thread sanitizer cannot follow an asynchronous cancel"
+#else
+#define KEST_SKIP_UNDER_TSAN() static_cast<void>(0)
+#endif
+
+// Never reaches a cancellation point.
+int Spin(void* started) {
+  __atomic_store_n(static_cast<bool*>(started), true, __ATOMIC_RELEASE);
+  for (volatile unsigned int i = 0;; i = i + 1) {
+  }
+}
+
+int Pause(void*) {
+  for (;;) pause();
+}
+
+void WaitUntil(bool* flag) {
+  while (!__atomic_load_n(flag, __ATOMIC_ACQUIRE)) sched_yield();
+}
+
+TEST(Cancel, EndsAFunctionThatNeverStopsByItself) {
+  KEST_SKIP_UNDER_TSAN();
+  bool started = false;
+  TThread thread;
+  ASSERT_TRUE(thread.Create(Spin, &started, false));
+  WaitUntil(&started);
+  EXPECT_TRUE(thread.Cancel());
+  int code = 5;
+  EXPECT_TRUE(thread.WaitForExit(&code));
+  EXPECT_EQ(-1, code);
+  EXPECT_FALSE(thread.Cancel());
+}
+
+TEST(Cancel, AfterTheEndLeavesTheExitValue) {
+  KEST_SKIP_UNDER_TSAN();
+  static bool ended;
+  TThread thread;
+  ASSERT_TRUE(thread.Create(
+      [](void*) {
+        int type;  // no cancel between the store and the end
+        pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &type);
+        __atomic_store_n(&ended, true, __ATOMIC_RELEASE);
+        return 7;
+      },
+      nullptr, false));
+  WaitUntil(&ended);
+  thread.Cancel();
+  int code = 5;
+  EXPECT_TRUE(thread.WaitForExit(&code));
+  EXPECT_EQ(7, code);
+}
+
+// Blocking calls of the library: their frames let the unwinding through.
+struct Blocked {
+  const char* name;
+  int (*proc)(void*);
+};
+
+const Blocked kBlocked[] = {
+    {"sleep", [](void*) { return TThread::Sleep(1000000000); }},
+    {"lock",
+     [](void*) {
+       static KEST::TCritSec lock;
+       lock.Init();
+       lock.Lock();
+       return lock.Lock();
+     }},
+    {"condition",
+     [](void*) {
+       static KEST::TCondVar condition;
+       condition.Init();
+       condition.Lock();
+       return condition.Wait(-1) ? 1 : 0;
+     }},
+    {"timed condition",
+     [](void*) {
+       static KEST::TCondVar condition;
+       condition.Init();
+       condition.Lock();
+       return condition.Wait(1000000000) ? 1 : 0;
+     }},
+    {"message loop", [](void*) { return KestMessageLoop() != nullptr ? 1 : 0; }},
+    {"callback of a message",
+     [](void*) {
+       KestRegisterMessageCallback(7, [](unsigned int, void*, void*) { Pause(nullptr); });
+       return KestGiveMessage(7, nullptr, nullptr) ? 1 : 0;
+     }},
+    {"waiting for another thread",
+     [](void*) {
+       TThread* const other = KestCreateThread(Pause, nullptr, false);
+       KestDestroyThread(other, true);
+       return 0;
+     }},
+};
+
+TEST(Cancel, ReachesAThreadThatTheLibraryBlocks) {
+  KEST_SKIP_UNDER_TSAN();
+  ASSERT_TRUE(KEST::MessageInit());
+  for (const Blocked& row : kBlocked) {
+    SCOPED_TRACE(row.name);
+    for (int yields : {0, 1, 100}) {
+      TThread thread;
+      ASSERT_TRUE(thread.Create(row.proc, nullptr, false));
+      for (int i = 0; i < yields; ++i) sched_yield();
+      EXPECT_TRUE(thread.Cancel());
+      int code = 5;
+      EXPECT_TRUE(thread.WaitForExit(&code));
+      EXPECT_EQ(-1, code);
+      if (row.proc == kBlocked[4].proc) break;  // which leaves the queue locked
+    }
+  }
+}
+
+// The cancel hits anywhere from the start routine on.
+TEST(Cancel, AtAnyPointEndsTheThreadAndFreesEverything) {
+  KEST_SKIP_UNDER_TSAN();
+  TestAllocator allocator;
+  for (int i = 0; i < 4000; ++i) {
+    SCOPED_TRACE(i);
+    TThread* const thread = KestCreateThread(Pause, nullptr, false);
+    ASSERT_NE(nullptr, thread);
+    for (int spin = 0; spin < i % 64; ++spin) sched_yield();
+    ASSERT_TRUE(thread->Cancel());
+    if (i % 2 == 0) {
+      int code = 5;
+      ASSERT_TRUE(thread->WaitForExit(&code));
+      ASSERT_EQ(-1, code);
+    }
+    KestDestroyThread(thread, i % 4 == 1);
+    ASSERT_EQ(0, allocator.Live());
+  }
+}
+
+TEST(Cancel, OfAThreadThatEndsMeanwhileGivesOneResultOrTheOther) {
+  KEST_SKIP_UNDER_TSAN();
+  int cancelled = 0;
+  for (int i = 0; i < 2000; ++i) {
+    TThread thread;
+    ASSERT_TRUE(thread.Create([](void*) { return 7; }, nullptr, false));
+    thread.Cancel();
+    int code = 5;
+    ASSERT_TRUE(thread.WaitForExit(&code));
+    ASSERT_TRUE(code == 7 || code == -1) << code;
+    if (code == -1) ++cancelled;
+  }
+  RecordProperty("cancelled", cancelled);
+}
+
+TEST(Cancel, TwiceIsAsGoodAsOnce) {
+  KEST_SKIP_UNDER_TSAN();
+  for (int i = 0; i < 200; ++i) {
+    TThread thread;
+    ASSERT_TRUE(thread.Create(Pause, nullptr, false));
+    EXPECT_TRUE(thread.Cancel());
+    thread.Cancel();  // the thread may have ended: either result
+    int code = 5;
+    EXPECT_TRUE(thread.WaitForExit(&code));
+    EXPECT_EQ(-1, code);
+  }
+}
+
+}  // namespace
