@@ -4,14 +4,10 @@
 
 #include <stddef.h>
 
-#include <utility>
-
-#include "crypto/words.h"
+#include "crypto/mdx_transform.h"
 #include "frame/layout.h"
 
 namespace {
-
-constexpr size_t kSteps = 48;
 
 // By round: the added constant, the rotations of four steps in turn, the order of the words.
 constexpr unsigned int kConstant[3] = {0, 0x5a827999, 0x6ed9eba1};
@@ -30,22 +26,18 @@ constexpr unsigned int Mix(unsigned int b, unsigned int c, unsigned int d) {
   if constexpr (kRound == 2) return b ^ c ^ d;
 }
 
-// From one step to the next the letters a, b, c, d move on by one word.
-template <size_t kStep>
-[[gnu::always_inline]] inline void Step(unsigned int (&v)[4], const unsigned int (&x)[16]) {
-  constexpr size_t kRound = kStep / 16;
-  unsigned int& a = v[(kSteps - kStep) % 4];
-  const unsigned int b = v[(kSteps + 1 - kStep) % 4];
-  const unsigned int c = v[(kSteps + 2 - kStep) % 4];
-  const unsigned int d = v[(kSteps + 3 - kStep) % 4];
-  a = KEST::RotateLeft(a + x[kWord[kRound][kStep % 16]] + kConstant[kRound] + Mix<kRound>(b, c, d),
-                       kShift[kRound][kStep % 4]);
-}
+struct SMd4 {
+  static constexpr size_t kSteps = 48;
 
-template <size_t... kEach>
-void DoSteps(unsigned int (&v)[4], const unsigned int (&x)[16], std::index_sequence<kEach...>) {
-  (Step<kEach>(v, x), ...);
-}
+  template <size_t kStep>
+  static constexpr unsigned int Next(unsigned int a, unsigned int b, unsigned int c, unsigned int d,
+                                     const unsigned int (&x)[16]) {
+    constexpr size_t kRound = kStep / 16;
+    const unsigned int word = x[kWord[kRound][kStep % 16]];
+    return KEST::RotateLeft(a + word + kConstant[kRound] + Mix<kRound>(b, c, d),
+                            kShift[kRound][kStep % 4]);
+  }
+};
 
 }  // namespace
 
@@ -54,11 +46,7 @@ namespace KEST {
 KEST_SIZE_IS(TMd4Digest, 96, 104);
 
 void TMd4Digest::Transform(unsigned int* words, const unsigned char* block) {
-  unsigned int x[16];
-  for (int i = 0; i < 16; ++i) x[i] = LoadLittleEndian(block + 4 * i);
-  unsigned int v[4] = {words[0], words[1], words[2], words[3]};
-  DoSteps(v, x, std::make_index_sequence<kSteps>());
-  for (int i = 0; i < 4; ++i) words[i] += v[i];
+  TransformBlock<SMd4>(words, block);
 }
 
 }  // namespace KEST

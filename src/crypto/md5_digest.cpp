@@ -4,17 +4,13 @@
 
 #include <stddef.h>
 
-#include <utility>
-
-#include "crypto/words.h"
+#include "crypto/mdx_transform.h"
 #include "frame/layout.h"
 
 namespace {
 
-constexpr size_t kSteps = 64;
-
 // T[1] to T[64]: 2^32 * |sin(i)|, i in radians, without the fraction.
-constexpr unsigned int kSine[kSteps] = {
+constexpr unsigned int kSine[64] = {
     0xd76aa478, 0xe8c7b756, 0x242070db, 0xc1bdceee, 0xf57c0faf, 0x4787c62a, 0xa8304613, 0xfd469501,
     0x698098d8, 0x8b44f7af, 0xffff5bb1, 0x895cd7be, 0x6b901122, 0xfd987193, 0xa679438e, 0x49b40821,
     0xf61e2562, 0xc040b340, 0x265e5a51, 0xe9b6c7aa, 0xd62f105d, 0x02441453, 0xd8a1e681, 0xe7d3fbc8,
@@ -40,23 +36,18 @@ constexpr unsigned int Mix(unsigned int b, unsigned int c, unsigned int d) {
   if constexpr (kRound == 3) return c ^ (b | ~d);
 }
 
-// From one step to the next the letters a, b, c, d move on by one word.
-template <size_t kStep>
-[[gnu::always_inline]] inline void Step(unsigned int (&v)[4], const unsigned int (&x)[16]) {
-  constexpr size_t kRound = kStep / 16;
-  unsigned int& a = v[(kSteps - kStep) % 4];
-  const unsigned int b = v[(kSteps + 1 - kStep) % 4];
-  const unsigned int c = v[(kSteps + 2 - kStep) % 4];
-  const unsigned int d = v[(kSteps + 3 - kStep) % 4];
-  const unsigned int word = x[(kFirstWord[kRound] + kStep * kStride[kRound]) % 16];
-  a = b +
-      KEST::RotateLeft(a + word + kSine[kStep] + Mix<kRound>(b, c, d), kShift[kRound][kStep % 4]);
-}
+struct SMd5 {
+  static constexpr size_t kSteps = 64;
 
-template <size_t... kEach>
-void DoSteps(unsigned int (&v)[4], const unsigned int (&x)[16], std::index_sequence<kEach...>) {
-  (Step<kEach>(v, x), ...);
-}
+  template <size_t kStep>
+  static constexpr unsigned int Next(unsigned int a, unsigned int b, unsigned int c, unsigned int d,
+                                     const unsigned int (&x)[16]) {
+    constexpr size_t kRound = kStep / 16;
+    const unsigned int word = x[(kFirstWord[kRound] + kStep * kStride[kRound]) % 16];
+    return b + KEST::RotateLeft(a + word + kSine[kStep] + Mix<kRound>(b, c, d),
+                                kShift[kRound][kStep % 4]);
+  }
+};
 
 }  // namespace
 
@@ -65,11 +56,7 @@ namespace KEST {
 KEST_SIZE_IS(TMd5Digest, 96, 104);
 
 void TMd5Digest::Transform(unsigned int* words, const unsigned char* block) {
-  unsigned int x[16];
-  for (int i = 0; i < 16; ++i) x[i] = LoadLittleEndian(block + 4 * i);
-  unsigned int v[4] = {words[0], words[1], words[2], words[3]};
-  DoSteps(v, x, std::make_index_sequence<kSteps>());
-  for (int i = 0; i < 4; ++i) words[i] += v[i];
+  TransformBlock<SMd5>(words, block);
 }
 
 }  // namespace KEST

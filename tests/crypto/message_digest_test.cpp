@@ -154,9 +154,10 @@ TEST(MessageDigest, CountsTheBitsOfHugePieces) {
     int length;
     unsigned int low, high;
   } rows[] = {
-      {0x1fffffff, 0xfffffff8, 0}, {0x20000000, 0, 1},          {0x20000041, 0x208, 1},
-      {0x3fffffff, 0xfffffff8, 1}, {0x40000001, 8, 2},          {0x5fffffff, 0xfffffff8, 2},
-      {0x60000003, 0x18, 3},       {0x7fffffff, 0xfffffff8, 3},
+      {0x1fffffff, 0xfffffff8, 0},
+      {0x20000000, 0, 1},
+      {0x60000003, 0x18, 3},
+      {0x7fffffff, 0xfffffff8, 3},
   };
   for (const auto& row : rows) {
     const size_t size = static_cast<size_t>(row.length);
@@ -166,10 +167,6 @@ TEST(MessageDigest, CountsTheBitsOfHugePieces) {
     counter.Update(static_cast<const unsigned char*>(data), row.length);
     EXPECT_EQ((Words{row.low, row.high}), counter.BitCount()) << row.length;
     EXPECT_EQ(static_cast<unsigned int>(row.length) / 64, counter.count);
-    counter.Update(static_cast<const unsigned char*>(data), 0x1fffffff);
-    const unsigned long long bits = 8ull * (size + 0x1fffffffull);
-    EXPECT_EQ((Words{static_cast<unsigned int>(bits), static_cast<unsigned int>(bits >> 32)}),
-              counter.BitCount());
     munmap(data, size);
   }
 }

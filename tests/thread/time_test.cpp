@@ -222,38 +222,37 @@ TEST(Time, OtherLengthsAreTimeZero) {
   EXPECT_EQ(0, TTime(cut).time) << "the length ends at the first zero unit";
 }
 
-TEST(Time, GivesAllFieldsOfUtc) {
-  SetZone(kNewYork);
-  tm fields;
-  memset(&fields, 0x55, sizeof(fields));
-  At(1078012800 + 13 * 3600 + 59).GetGmtTm(&fields);  // Sunday, 29 February 2004
-  EXPECT_EQ("2004-02-29 13:00:59", ToText(fields));
-  EXPECT_EQ(0, fields.tm_wday);
-  EXPECT_EQ(59, fields.tm_yday);
-  EXPECT_EQ(0, fields.tm_isdst);
-  EXPECT_EQ(0, fields.tm_gmtoff);
-  EXPECT_STREQ("GMT", fields.tm_zone);
-}
-
-TEST(Time, GivesAllFieldsOfLocalTime) {
-  SetZone(kCentralEurope);
-  tm fields;
-  memset(&fields, 0x55, sizeof(fields));
-  At(1078012800 + 13 * 3600 + 59).GetLocalTm(&fields);
-  EXPECT_EQ("2004-02-29 14:00:59", ToText(fields));
-  EXPECT_EQ(0, fields.tm_wday);
-  EXPECT_EQ(59, fields.tm_yday);
-  EXPECT_EQ(0, fields.tm_isdst);
-  EXPECT_EQ(3600, fields.tm_gmtoff);
-  EXPECT_STREQ("CET", fields.tm_zone);
-
-  At(1278000000).GetLocalTm(&fields);  // Thursday, 1 July 2010, 16:00 UTC
-  EXPECT_EQ("2010-07-01 18:00:00", ToText(fields));
-  EXPECT_EQ(4, fields.tm_wday);
-  EXPECT_EQ(181, fields.tm_yday);
-  EXPECT_EQ(1, fields.tm_isdst);
-  EXPECT_EQ(7200, fields.tm_gmtoff);
-  EXPECT_STREQ("CEST", fields.tm_zone);
+// Each row: seconds, zone, how the fields read. 1078059659 is Sunday, 29 February 2004, and
+// 1278000000 Thursday, 1 July 2010.
+TEST(Time, GivesAllFields) {
+  const struct {
+    time_t seconds;
+    const char* zone;
+    void (TTime::*get)(tm*) const;
+    const char* text;
+    int weekDay, yearDay, isDst;
+    long offset;
+    const char* zoneName;
+  } rows[] = {
+      {1078059659, kNewYork, &TTime::GetGmtTm, "2004-02-29 13:00:59", 0, 59, 0, 0, "GMT"},
+      {1078059659, kNewYork, &TTime::GetLocalTm, "2004-02-29 08:00:59", 0, 59, 0, -18000, "EST"},
+      {1278000000, kCentralEurope, &TTime::GetGmtTm, "2010-07-01 16:00:00", 4, 181, 0, 0, "GMT"},
+      {1278000000, kCentralEurope, &TTime::GetLocalTm, "2010-07-01 18:00:00", 4, 181, 1, 7200,
+       "CEST"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(testing::Message() << row.text << ' ' << row.zoneName);
+    SetZone(row.zone);
+    tm fields;
+    memset(&fields, 0x55, sizeof(fields));
+    (At(row.seconds).*row.get)(&fields);
+    EXPECT_EQ(row.text, ToText(fields));
+    EXPECT_EQ(row.weekDay, fields.tm_wday);
+    EXPECT_EQ(row.yearDay, fields.tm_yday);
+    EXPECT_EQ(row.isDst, fields.tm_isdst);
+    EXPECT_EQ(row.offset, fields.tm_gmtoff);
+    EXPECT_STREQ(row.zoneName, fields.tm_zone);
+  }
 }
 
 TEST(Time, LocalTimeFollowsAChangeOfZone) {
