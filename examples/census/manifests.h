@@ -1,0 +1,26 @@
+// The files that a census writes, and how each comes from what was found.
+
+#ifndef CENSUS_MANIFESTS_H
+#define CENSUS_MANIFESTS_H
+
+#include "duplicates.h"
+#include "inventory.h"
+#include "kest/string.h"
+#include "output.h"
+
+namespace census {
+
+// What a census has to say once the counting is over.
+struct SResult {
+  KEST::TBstr directory;  // without links, as the system names it
+  KEST::TBstr pattern;    // empty for every name
+  bool interrupted = false;
+  Inventory inventory;
+  Duplicates duplicates;
+};
+
+bool WriteManifests(OutputFolder& folder, const SResult& result);
+
+}  // namespace census
+
+#endif  // CENSUS_MANIFESTS_H

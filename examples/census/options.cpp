@@ -1,0 +1,114 @@
+#include "options.h"
+
+#include <algorithm>
+
+#include "kest/file.h"
+#include "posix.h"
+
+using KEST::TBstr;
+using KEST::TFile;
+
+namespace census {
+
+const char* const kHelpText =
+    "Usage: kest-census [DIR] [-o OUT] [--workers N] [--pattern P]\n"
+    "Takes an inventory of the directory tree DIR (/usr/share) that other tools can check.\n"
+    "\n"
+    "  -o, --output OUT   the folder for the results (census)\n"
+    "  --workers N        threads that read files, 1 to 64 (one for each processor)\n"
+    "  --pattern P        only names that match P, as a shell would match them; directories\n"
+    "                     are entered whatever their names\n"
+    "  --help, --version  this text, the version\n"
+    "\n"
+    "OUT then holds files.tsv, MD5SUMS, SHA1SUMS, MD4SUMS, dups.txt, skipped.txt, report.txt,\n"
+    "report.u16 and totals.txt. Links are listed, not followed; fifos, sockets and devices are\n"
+    "listed, not opened.\n"
+    "\n"
+    "Exit status:\n"
+    "  0    everything was read\n"
+    "  1    done, but something could not be read: see skipped.txt\n"
+    "  2    a mistake on the command line\n"
+    "  3    DIR cannot be listed, OUT cannot be written, or memory ran out; OUT is as it was\n"
+    "  130  interrupted (128 and the signal's number): OUT holds what was done until then\n";
+
+namespace {
+
+bool NeedsValue(const TBstr& name) {
+  return name == KEST_TEXT("-o") || name == KEST_TEXT("--output") ||
+         name == KEST_TEXT("--workers") || name == KEST_TEXT("--pattern");
+}
+
+// The number that text is from its first unit to its last; 0 for anything else.
+int WholeNumber(const TBstr& text) {
+  constexpr int kMostDigits = 9;
+  for (int i = 0; i < text.GetLength(); ++i) {
+    if (!kest_isudigit(text.GetAt(i))) return 0;
+  }
+  return text.GetLength() <= kMostDigits ? text.ToLong() : 0;
+}
+
+}  // namespace
+
+Options::Options()
+    : directory("/usr/share"),
+      output("census"),
+      workers(std::min<int>(ProcessorCount(), kMaxWorkers)) {}
+
+Options::EAction Options::Parse(int argc, const char* const* argv, TBstr* error) {
+  bool optionsOver = false, directoryGiven = false;
+  for (int i = 1; i < argc; ++i) {
+    TBstr name(argv[i]), value;
+    if (!optionsOver && name == KEST_TEXT("--")) {
+      optionsOver = true;
+    } else if (optionsOver || name.GetAt(0) != u'-' || name.GetLength() == 1) {
+      if (directoryGiven) {
+        *error = TBstr("one directory at a time: ") + name;
+        return kRefuse;
+      }
+      directoryGiven = true;
+      directory = name;
+    } else {
+      const int equals = name.Find(u'=');
+      if (name.Left(2) == KEST_TEXT("--") && equals > 0) {
+        value = name.Mid(equals + 1);
+        name = name.Left(equals);
+      } else if (NeedsValue(name)) {
+        if (i + 1 < argc) value = argv[++i];
+      }
+      const EAction action = ParseOption(name, value, error);
+      if (action != kRun) return action;
+    }
+  }
+  if (!directory.IsEmpty()) return kRun;
+  *error = "an empty name is no directory";
+  return kRefuse;
+}
+
+Options::EAction Options::ParseOption(const TBstr& name, const TBstr& value, TBstr* error) {
+  if (name == KEST_TEXT("--help") && value.IsEmpty()) return kShowHelp;
+  if (name == KEST_TEXT("--version") && value.IsEmpty()) return kShowVersion;
+  if (!NeedsValue(name)) {
+    *error = TBstr("unknown option ") + name;
+    return kRefuse;
+  }
+  if (value.IsEmpty()) {
+    *error = name + KEST_TEXT(" needs a value");
+    return kRefuse;
+  }
+  if (name == KEST_TEXT("--workers")) {
+    workers = WholeNumber(value);
+    if (workers >= 1 && workers <= kMaxWorkers) return kRun;
+    *error = TBstr("--workers takes a number from 1 to 64, not ") + value;
+    return kRefuse;
+  }
+  if (name == KEST_TEXT("--pattern")) {
+    pattern = value;
+    if (pattern.Find(TFile::kDirectorySeparator) < 0) return kRun;
+    *error = TBstr("--pattern is matched with single names, so it holds no /: ") + value;
+    return kRefuse;
+  }
+  output = value;
+  return kRun;
+}
+
+}  // namespace census

@@ -1,0 +1,31 @@
+// The command line.
+
+#ifndef CENSUS_OPTIONS_H
+#define CENSUS_OPTIONS_H
+
+#include "kest/string.h"
+
+namespace census {
+
+struct Options {
+  enum { kMaxWorkers = 64 };
+  enum EAction { kRun, kShowHelp, kShowVersion, kRefuse };
+
+  KEST::TBstr directory;
+  KEST::TBstr output;
+  KEST::TBstr pattern;  // empty for every name
+  int workers;
+
+  Options();
+  // Reads the command line; with kRefuse, error says what is wrong with it.
+  EAction Parse(int argc, const char* const* argv, KEST::TBstr* error);
+
+ private:
+  EAction ParseOption(const KEST::TBstr& name, const KEST::TBstr& value, KEST::TBstr* error);
+};
+
+extern const char* const kHelpText;
+
+}  // namespace census
+
+#endif  // CENSUS_OPTIONS_H

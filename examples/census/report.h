@@ -1,0 +1,15 @@
+// The census for people: the totals and what stands out.
+
+#ifndef CENSUS_REPORT_H
+#define CENSUS_REPORT_H
+
+#include "manifests.h"
+#include "output.h"
+
+namespace census {
+
+void WriteReport(OutputFile& out, const SResult& result);
+
+}  // namespace census
+
+#endif  // CENSUS_REPORT_H

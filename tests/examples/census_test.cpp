@@ -1,0 +1,803 @@
+// kest-census on trees made to trip it, each result checked by examples/census/verify, which asks
+// find, md5sum, sha1sum, openssl, sort, uniq, awk, iconv and date.
+
+#include <errno.h>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <stdlib.h>
+#include <string.h>
+#include <sys/ioctl.h>
+#include <sys/mount.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/time.h>
+#include <sys/un.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <fstream>
+#include <functional>
+#include <initializer_list>
+#include <map>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace {
+
+using Strings = std::vector<std::string>;
+
+// A program that runs, its output and errors coming through one pipe.
+class Process {
+ public:
+  // prepare runs in the child, before the program.
+  explicit Process(const Strings& command, const std::function<void()>& prepare = nullptr,
+                   int output = -1) {
+    int ends[2];
+    EXPECT_EQ(0, pipe(ends));
+    std::vector<char*> arguments;
+    for (const std::string& word : command) arguments.push_back(const_cast<char*>(word.c_str()));
+    arguments.push_back(nullptr);
+    pid = fork();
+    if (pid == 0) {
+      for (int stream : {1, 2}) dup2(output >= 0 ? output : ends[1], stream);
+      close(ends[0]);
+      close(ends[1]);
+      if (prepare) prepare();
+      execvp(arguments[0], arguments.data());
+      _exit(127);
+    }
+    close(ends[1]);
+    pipeEnd = ends[0];
+  }
+  ~Process() {
+    if (pipeEnd >= 0) close(pipeEnd);
+  }
+  Process(const Process&) = delete;
+  Process& operator=(const Process&) = delete;
+
+  // The next line, with its end; empty when there are no more.
+  std::string ReadLine() {
+    std::string line;
+    for (char c; line.empty() || line.back() != '\n'; line += c) {
+      if (read(pipeEnd, &c, 1) != 1) break;
+    }
+    said += line;
+    return line;
+  }
+  void Signal(int number) { kill(pid, number); }
+  void StopReading() {
+    close(pipeEnd);
+    pipeEnd = -1;
+  }
+  // The exit status, 1000 and more for a signal, after reading all the rest.
+  int Wait() {
+    char piece[4096];
+    for (ssize_t n; pipeEnd >= 0 && (n = read(pipeEnd, piece, sizeof(piece))) > 0;) {
+      said.append(piece, static_cast<size_t>(n));
+    }
+    int status = 0;
+    waitpid(pid, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 1000 + WTERMSIG(status);
+  }
+
+  std::string said;
+
+ private:
+  pid_t pid;
+  int pipeEnd;
+};
+
+std::string ReadAll(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  std::stringstream text;
+  text << file.rdbuf();
+  return text.str();
+}
+
+bool Exists(const std::string& path) { return access(path.c_str(), F_OK) == 0; }
+
+int CountLines(const std::string& text) {
+  int lines = 0;
+  for (char c : text) lines += c == '\n';
+  return lines;
+}
+
+bool Contains(const std::string& text, const std::string& part) {
+  return text.find(part) != std::string::npos;
+}
+
+constexpr const char* kOutputs[] = {"files.tsv",  "MD5SUMS",    "SHA1SUMS",
+                                    "MD4SUMS",    "dups.txt",   "skipped.txt",
+                                    "report.txt", "report.u16", "totals.txt"};
+
+// A temporary folder with the tree to count in "tree" and the results in "out".
+class Census : public testing::Test {
+ protected:
+  void SetUp() override {
+    const char* place = getenv("TMPDIR");
+    std::string name = std::string(place != nullptr ? place : "/tmp") + "/census-XXXXXX";
+    ASSERT_NE(nullptr, mkdtemp(name.data()));
+    base = name;
+    tree = base + "/tree";
+    out = base + "/out";
+    ASSERT_EQ(0, mkdir(tree.c_str(), 0755));
+  }
+  void TearDown() override {
+    Process({"chmod", "-R", "u+rwx", base}).Wait();
+    Process({"rm", "-rf", base}).Wait();
+  }
+
+  void File(const std::string& name, const std::string& content) {
+    std::ofstream file(tree + "/" + name, std::ios::binary);
+    file << content;
+    ASSERT_TRUE(file.good()) << name;
+  }
+  void Folder(const std::string& name) {
+    ASSERT_EQ(0, mkdir((tree + "/" + name).c_str(), 0755)) << name;
+  }
+  void Link(const std::string& target, const std::string& name) {
+    ASSERT_EQ(0, symlink(target.c_str(), (tree + "/" + name).c_str())) << name;
+  }
+  void Sparse(const std::string& name, const std::string& size) {
+    ASSERT_EQ(0, Process({"truncate", "-s", size, tree + "/" + name}).Wait());
+  }
+
+  static Strings Command(Strings more) {
+    more.insert(more.begin(), KEST_CENSUS);
+    return more;
+  }
+  // Counts the tree into out; returns the status.
+  int Run(Strings options = {}, const std::function<void()>& prepare = nullptr) {
+    options.insert(options.end(), {tree, "-o", out});
+    Process census(Command(options), prepare);
+    const int status = census.Wait();
+    said = census.said;
+    return status;
+  }
+  // What verify says about out; its status in *status.
+  std::string Verify(int* status, const std::function<void()>& prepare = nullptr) {
+    Process verify({KEST_CENSUS_VERIFY, out}, prepare);
+    *status = verify.Wait();
+    return verify.said;
+  }
+  void ExpectVerified(const std::function<void()>& prepare = nullptr) {
+    int status;
+    const std::string table = Verify(&status, prepare);
+    EXPECT_EQ(0, status) << table;
+    EXPECT_FALSE(Contains(table, "FAILED")) << table;
+    EXPECT_EQ(12, CountRows(table, " ok\n")) << table;
+  }
+  static int CountRows(const std::string& table, const std::string& end) {
+    int rows = 0;
+    for (size_t at = 0; (at = table.find(end, at)) != std::string::npos; ++at) ++rows;
+    return rows;
+  }
+  // The row that begins with name.
+  static std::string RowOf(const std::string& table, const std::string& name) {
+    const size_t at = table.find("\n" + name);
+    return at == std::string::npos ? "" : table.substr(at + 1, table.find('\n', at + 1) - at - 1);
+  }
+  std::string Output(const std::string& name) { return ReadAll(out + "/" + name); }
+  // The value of a line of totals.txt.
+  std::string Total(const std::string& key) {
+    const std::string text = "\n" + Output("totals.txt");
+    const size_t at = text.find("\n" + key + "\t");
+    if (at == std::string::npos) return "";
+    const size_t start = at + key.size() + 2;
+    return text.substr(start, text.find('\n', start) - start);
+  }
+  void ExpectNoOutputs() {
+    for (const char* name : kOutputs) {
+      EXPECT_FALSE(Exists(out + "/" + name)) << name;
+      EXPECT_FALSE(Exists(out + "/" + name + ".part")) << name;
+    }
+  }
+
+  void MakeOddNames();
+  void MakeOddFolders();
+  void MakeTwins();
+  void MakeNoFiles();
+
+  std::string base, tree, out, said;
+};
+
+std::string FromHex(const std::string& hex) {
+  std::string bytes;
+  for (size_t i = 0; i < hex.size(); i += 2) {
+    bytes += static_cast<char>(std::stoi(hex.substr(i, 2), nullptr, 16));
+  }
+  return bytes;
+}
+
+void Census::MakeOddNames() {
+  const char* const kNames[] = {"-",
+                                "-rf",
+                                " lead",
+                                "trail ",
+                                "new\nline",
+                                "\n",
+                                "back\\slash",
+                                "tab\tstop",
+                                "cr\rlf\n",
+                                "\\n",
+                                "\\\\t",
+                                "'quote\"",
+                                "[.1.gz",
+                                "[x]",
+                                "star*",
+                                "q?",
+                                "{a,b}",
+                                "~",
+                                ".hidden",
+                                "..two",
+                                "...",
+                                ".x.txt",
+                                "a.",
+                                "none",
+                                "x.tar.gz",
+                                "odd.e\nx",
+                                "odd.e\tx",
+                                "odd.e\\x",
+                                "%s%n",
+                                "$(false)",
+                                "\xC3\xA9.e",
+                                "\xE9.e",
+                                "\xED\xA0\x80",
+                                "\xF0\x9F\x98\x80",
+                                "\xC0\x80",
+                                "\x1B[31m"};
+  for (const char* name : kNames) File(name, std::string("content of ") + name);
+  std::string every;
+  for (int c = 1; c < 256; ++c) {
+    if (c != '/') every += static_cast<char>(c);
+  }
+  File(every, every);
+  File(std::string(255, 'n'), "longest");
+}
+
+void Census::MakeOddFolders() {
+  // "[d]" as a pattern finds "d": what lies in one must not be listed for the other.
+  for (const char* name :
+       {"d", "[d]", "d*", "d?", "back\\", "nl\n", "\t", ".dots", "..dots", " "}) {
+    Folder(name);
+    File(std::string(name) + "/inside", std::string("in ") + name);
+    Folder(std::string(name) + "/.empty");
+  }
+  std::string deep = "deep";
+  Folder(deep);
+  for (int i = 0; i < 60; ++i) Folder(deep += "/level");
+  File(deep + "/bottom", "deep down");
+}
+
+void Census::MakeTwins() {
+  Folder("twins");
+  for (const char* name : {"a", "b", "c\nx", "c!", "c\\"}) {
+    File(std::string("twins/") + name, "five alike");
+  }
+  File("twins/empty", "");
+  File("twins/empty too", "");
+  File("twins/x", std::string(300000, 'x'));
+  File("twins/x2", std::string(300000, 'x'));
+  File("twins/x3", std::string(299999, 'x') + "y");
+  // Two blocks of Wang and others (2004): different, with the same MD5.
+  const std::string kStart = "d131dd02c5e6eec4693d9a0698aff95c2fcab5";
+  File("twins/md5 one",
+       FromHex(kStart + "8712467eab4004583eb8fb7f8955ad340609f4b30283e488832571415a"
+                        "085125e8f7cdc99fd91dbdf280373c5bd8823e3156348f5bae6dacd436"
+                        "c919c6dd53e2b487da03fd02396306d248cda0e99f33420f577ee8ce54"
+                        "b67080a80d1ec69821bcb6a8839396f9652b6ff72a70"));
+  File("twins/md5 two",
+       FromHex(kStart + "0712467eab4004583eb8fb7f8955ad340609f4b30283e4888325f1415a"
+                        "085125e8f7cdc99fd91dbd7280373c5bd8823e3156348f5bae6dacd436"
+                        "c919c6dd53e23487da03fd02396306d248cda0e99f33420f577ee8ce54"
+                        "b67080280d1ec69821bcb6a8839396f965ab6ff72a70"));
+}
+
+// Names that are neither files nor directories.
+void Census::MakeNoFiles() {
+  Link("none", "link to file");
+  Link("deep", "link to folder");
+  Link("nowhere", "link to nothing");
+  Link("..", "link up");
+  Link("itself", "itself");
+  ASSERT_EQ(0, mkfifo((tree + "/fifo").c_str(), 0644));
+  sockaddr_un address = {};
+  address.sun_family = AF_UNIX;
+  ASSERT_EQ(0, chdir(tree.c_str()));  // the path of a socket must be short
+  strcpy(address.sun_path, "socket");
+  const int handle = socket(AF_UNIX, SOCK_STREAM, 0);
+  ASSERT_EQ(0, bind(handle, reinterpret_cast<sockaddr*>(&address), sizeof(address)));
+  close(handle);
+  ASSERT_EQ(0, chdir("/"));
+}
+
+TEST_F(Census, IsConfirmedOnAHostileTree) {
+  MakeOddNames();
+  MakeOddFolders();
+  MakeTwins();
+  MakeNoFiles();
+  const timeval kTimes[][2] = {{{0, 0}, {0, 0}}, {{0, 0}, {-1, 0}}, {{0, 0}, {2147483647, 999999}}};
+  const char* const kStamped[] = {"none", "a.", "-"};
+  for (int i = 0; i < 3; ++i) {
+    ASSERT_EQ(0, utimes((tree + "/" + kStamped[i]).c_str(), kTimes[i]));
+  }
+  ASSERT_EQ(0, Run()) << said;
+  ExpectVerified();
+  EXPECT_EQ("complete", Total("state"));
+  EXPECT_EQ("5", Total("links"));
+  EXPECT_EQ("2", Total("special"));
+  EXPECT_EQ("0", Total("problems"));
+  EXPECT_EQ("3", Total("duplicate-groups"));
+  EXPECT_TRUE(Contains(Output("files.tsv"), "./none\t15\t1970-01-01T00:00:00Z\n"));
+  EXPECT_TRUE(Contains(Output("files.tsv"), "./a.\t13\t1969-12-31T23:59:59Z\n"));
+  EXPECT_TRUE(Contains(Output("files.tsv"), "./-\t12\t2038-01-19T03:14:07Z\n"));
+  EXPECT_TRUE(Contains(Output("skipped.txt"), "./fifo\tfifo\tnot opened\n"));
+  EXPECT_TRUE(Contains(Output("skipped.txt"), "./link to folder\tlink\tnot followed\n"));
+  EXPECT_TRUE(Contains(Output("totals.txt"), "extension\t.e\\nx\t1\t"));
+  // The two with the same MD5 are no twins.
+  EXPECT_FALSE(Contains(Output("dups.txt"), "md5 one"));
+}
+
+TEST_F(Census, WritesTheSameFilesWithAnyNumberOfWorkers) {
+  MakeOddNames();
+  MakeOddFolders();
+  MakeTwins();
+  std::map<std::string, std::string> first;
+  for (const char* workers : {"1", "2", "8", "64"}) {
+    SCOPED_TRACE(workers);
+    ASSERT_EQ(0, Run({"--workers", workers})) << said;
+    for (const char* name : kOutputs) {
+      if (first.count(name) == 0) first[name] = Output(name);
+      EXPECT_EQ(first[name], Output(name)) << name;
+    }
+  }
+  EXPECT_EQ(
+      "\xFF\xFE"
+      "C",
+      first["report.u16"].substr(0, 3));
+}
+
+TEST_F(Census, CountsAnEmptyDirectory) {
+  ASSERT_EQ(0, Run()) << said;
+  ExpectVerified();
+  EXPECT_EQ("0", Total("files"));
+  EXPECT_EQ("0", Total("directories"));
+}
+
+TEST_F(Census, TakesTheNamesThatMatchAPatternAsAShellDoes) {
+  MakeOddNames();
+  MakeOddFolders();
+  MakeNoFiles();
+  const struct {
+    const char* pattern;
+    int files;
+  } kRows[] = {{"*.e", 2},     {"*.gz", 2},    {"x.*gz", 1},     {".*", 4},
+               {"\\.hid*", 1}, {"[.]hid*", 0}, {"inside", 10},   {"[[]x]", 1},
+               {"ins?de", 10}, {"bottom", 1},  {"back\\\\*", 1}, {"none", 1},
+               {"no such", 0}, {"*\n*", 5},    {"*", 45},        {"link*", 0}};
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.pattern);
+    ASSERT_EQ(0, Run({"--pattern", row.pattern})) << said;
+    ExpectVerified();
+    EXPECT_EQ(std::to_string(row.files), Total("files"));
+    EXPECT_EQ("81", Total("directories"));
+  }
+}
+
+TEST_F(Census, FollowsALinkThatIsTheDirectoryItself) {
+  File("file", "x");
+  Folder("in");
+  ASSERT_EQ(0, symlink("tree", (base + "/way").c_str()));
+  Process census(Command({base + "/way", "-o", out}));
+  ASSERT_EQ(0, census.Wait()) << census.said;
+  EXPECT_EQ(tree, Total("directory"));
+  ExpectVerified();
+}
+
+TEST_F(Census, LeavesItsOwnOutputOut) {
+  File("file", "x");
+  Folder("in");
+  out = tree + "/in/results";
+  for (int i = 0; i < 2; ++i) {
+    ASSERT_EQ(0, Run()) << said;
+    ExpectVerified();
+    EXPECT_EQ("1", Total("files"));
+    EXPECT_EQ("2", Total("directories"));
+    EXPECT_EQ("./in/results\tdirectory\tthe census's own output\n", Output("skipped.txt"));
+  }
+  out = tree;
+  EXPECT_EQ(2, Run());
+  EXPECT_TRUE(Contains(said, "cannot lie in DIR itself")) << said;
+  ExpectNoOutputs();
+}
+
+TEST_F(Census, RefusesBadOptions) {
+  const struct {
+    Strings options;
+    int status;
+    const char* says;
+  } kRows[] = {
+      {{"--help"}, 0, "Exit status:"},
+      {{"--version"}, 0, "kest-census 1."},
+      {{"--what"}, 2, "unknown option --what"},
+      {{"-x"}, 2, "unknown option -x"},
+      {{"--help=x"}, 2, "unknown option --help"},
+      {{"-o"}, 2, "-o needs a value"},
+      {{"--output="}, 2, "--output needs a value"},
+      {{"--workers"}, 2, "--workers needs a value"},
+      {{"--workers", "0"}, 2, "from 1 to 64, not 0"},
+      {{"--workers", "65"}, 2, "from 1 to 64, not 65"},
+      {{"--workers", "-1"}, 2, "from 1 to 64, not -1"},
+      {{"--workers", "2x"}, 2, "from 1 to 64, not 2x"},
+      {{"--workers=4294967297"}, 2, "from 1 to 64"},
+      {{"--pattern", ""}, 2, "--pattern needs a value"},
+      {{"--pattern", "a/b"}, 2, "holds no /"},
+      {{"one", "two"}, 2, "one directory at a time: two"},
+      {{""}, 2, "an empty name is no directory"},
+      {{"--", "--help", "-o"}, 2, "one directory at a time: -o"},
+      {{"/no/such/place"}, 3, "/no/such/place: No such file or directory"},
+      {{"/dev/null"}, 3, "/dev/null: not a directory"},
+  };
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(testing::PrintToString(row.options));
+    Process census(Command(row.options), [this] { EXPECT_EQ(0, chdir(base.c_str())); });
+    EXPECT_EQ(row.status, census.Wait());
+    EXPECT_TRUE(Contains(census.said, row.says)) << census.said;
+    EXPECT_FALSE(Exists(base + "/census"));
+  }
+}
+
+TEST_F(Census, TellsWhenTheOutputCannotBeWritten) {
+  File("file", "x");
+  for (const std::string& bad : {std::string("/dev/full"), tree + "/file", tree + "/file/below"}) {
+    SCOPED_TRACE(bad);
+    Process census(Command({tree, "-o", bad}));
+    EXPECT_EQ(3, census.Wait());
+    EXPECT_TRUE(Contains(census.said, "kest-census: " + bad)) << census.said;
+    EXPECT_TRUE(Contains(census.said, "Not a directory")) << census.said;
+  }
+  EXPECT_EQ("x", ReadAll(tree + "/file"));
+}
+
+// No file may grow beyond this, as if the disk were full; the signal that goes with it is ignored.
+void LimitFileSize(rlim_t bytes) {
+  const rlimit limit = {bytes, bytes};
+  setrlimit(RLIMIT_FSIZE, &limit);
+  signal(SIGXFSZ, SIG_IGN);
+}
+
+TEST_F(Census, LeavesTheOldResultsWhenTheDiskIsFull) {
+  for (int i = 0; i < 200; ++i) File("file" + std::to_string(i), std::to_string(i));
+  ASSERT_EQ(3, Run({}, [] { LimitFileSize(2000); }));
+  EXPECT_TRUE(Contains(said, "files.tsv.part: File too large")) << said;
+  ExpectNoOutputs();
+
+  ASSERT_EQ(0, Run());
+  File("one more", "x");
+  std::map<std::string, std::string> before;
+  for (const char* name : kOutputs) before[name] = Output(name);
+  for (rlim_t limit : {1, 9000}) {  // the first file, a later one
+    SCOPED_TRACE(limit);
+    ASSERT_EQ(3, Run({}, [=] { LimitFileSize(limit); }));
+    for (const char* name : kOutputs) {
+      EXPECT_EQ(before[name], Output(name)) << name;
+      EXPECT_FALSE(Exists(out + "/" + name + ".part")) << name;
+    }
+  }
+}
+
+TEST_F(Census, LeavesNothingOnATinyFileSystem) {
+  ASSERT_EQ(0, mkdir(out.c_str(), 0755));
+  if (mount("census", out.c_str(), "tmpfs", 0, "size=32k") != 0) {
+    GTEST_SKIP() << "no right to mount";
+  }
+  for (int i = 0; i < 400; ++i) File("file" + std::to_string(i), std::to_string(i));
+  EXPECT_EQ(3, Run());
+  EXPECT_TRUE(Contains(said, "No space left on device")) << said;
+  ExpectNoOutputs();
+  EXPECT_EQ(0, umount(out.c_str()));
+}
+
+// Even the superuser must heed the modes of files then.
+void GiveUpPrivileges() {
+  constexpr int kDacOverride = 1, kDacReadSearch = 2;
+  prctl(PR_CAPBSET_DROP, kDacOverride, 0, 0, 0);
+  prctl(PR_CAPBSET_DROP, kDacReadSearch, 0, 0, 0);
+}
+
+TEST_F(Census, ListsWhatItCannotRead) {
+  File("good", "x");
+  File("secret", "x");
+  Folder("closed");
+  File("closed/file", "x");
+  Folder("listed");  // its names can be read, but nothing about them
+  File("listed/file", "x");
+  Folder("found");  // nothing can be listed
+  File("found/file", "x");
+  Sparse("large", "2G");
+  const std::pair<const char*, mode_t> kModes[] = {
+      {"secret", 0000}, {"closed", 0000}, {"listed", 0444}, {"found", 0111}};
+  for (const auto& mode : kModes) {
+    ASSERT_EQ(0, chmod((tree + "/" + mode.first).c_str(), mode.second));
+  }
+  if (Process({"cat", tree + "/secret"}, GiveUpPrivileges).Wait() == 0) {
+    GTEST_SKIP() << "everything is readable here";
+  }
+  ASSERT_EQ(1, Run({}, GiveUpPrivileges)) << said;
+  EXPECT_EQ(
+      "./closed\tdirectory\tcannot be listed: Permission denied\n"
+      "./found\tdirectory\tcannot be listed: Permission denied\n"
+      "./large\tfile\t2 GiB or more\n"
+      "./listed\tdirectory\tcannot be listed: Permission denied\n"
+      "./secret\tfile\tcannot be opened: Permission denied\n",
+      Output("skipped.txt"));
+  ExpectVerified(GiveUpPrivileges);
+  EXPECT_EQ("5", Total("problems"));
+  EXPECT_EQ("3", Total("files"));
+  EXPECT_EQ("1", Total("digested"));
+  EXPECT_EQ("3", Total("directories"));
+
+  ASSERT_EQ(0, chmod(tree.c_str(), 0));
+  EXPECT_EQ(3, Run({}, GiveUpPrivileges));
+  EXPECT_TRUE(Contains(said, "cannot be listed: Permission denied")) << said;
+  ASSERT_EQ(0, chmod(tree.c_str(), 0755));
+}
+
+TEST_F(Census, ListsFoldersWhosePathIsTooLong) {
+  ASSERT_EQ(0, chdir(tree.c_str()));
+  for (int i = 0; i < 20; ++i) {
+    const std::string name(250, static_cast<char>('a' + i));
+    ASSERT_EQ(0, mkdir(name.c_str(), 0755));
+    ASSERT_EQ(0, chdir(name.c_str()));
+    std::ofstream("file") << i;
+  }
+  ASSERT_EQ(0, chdir("/"));
+  EXPECT_EQ(1, Run()) << said;
+  EXPECT_EQ(1, CountLines(Output("skipped.txt")));
+  EXPECT_TRUE(Contains(Output("skipped.txt"), "\tcannot be listed: its path is too long\n"));
+  EXPECT_EQ("1", Total("problems"));
+  ExpectVerified();
+}
+
+TEST_F(Census, GivesUpOnAFileThatKeepsChanging) {
+  File("calm", "x");
+  Sparse("log", "32M");
+  const std::string log = tree + "/log";
+  const pid_t writer = fork();
+  if (writer == 0) {
+    const int handle = open(log.c_str(), O_WRONLY | O_APPEND);
+    while (write(handle, "x", 1) == 1) {
+    }
+    _exit(1);
+  }
+  EXPECT_EQ(1, Run()) << said;
+  kill(writer, SIGKILL);
+  waitpid(writer, nullptr, 0);
+  EXPECT_EQ("./log\tfile\tchanges while it is read\n", Output("skipped.txt"));
+  EXPECT_EQ(1, CountLines(Output("MD5SUMS")));
+}
+
+TEST_F(Census, DoesNotTrustAFileWhoseSizeIsUntrue) {
+  const std::string folder = "/proc/sys/kernel/random";
+  if (ReadAll(folder + "/boot_id").empty()) GTEST_SKIP() << "no such folder here";
+  Process census(Command({folder, "--pattern", "boot_id", "-o", out}));
+  EXPECT_EQ(1, census.Wait()) << census.said;
+  EXPECT_TRUE(Contains(Output("skipped.txt"), "./boot_id\tfile\t")) << Output("skipped.txt");
+  EXPECT_EQ("", Output("MD5SUMS"));
+}
+
+// A tree that keeps a census busy for minutes: first small files, then large ones without blocks.
+class LongCensus : public Census {
+ protected:
+  void SetUp() override {
+    Census::SetUp();
+    for (int i = 0; i < 300; ++i) File("small" + std::to_string(i), std::to_string(i / 2));
+    Folder("then");
+    for (int i = 0; i < 40; ++i) Sparse("then/large" + std::to_string(i), "1G");
+  }
+  // Runs until the small files are done, then sends the signal.
+  int RunAndSignal(int number) {
+    Process census(Command({tree, "-o", out}));
+    while (!Contains(census.ReadLine(), " 300 files")) {
+    }
+    census.Signal(number);
+    const int status = census.Wait();
+    said = census.said;
+    return status;
+  }
+};
+
+TEST_F(LongCensus, EndsInOrderWhenInterrupted) {
+  const std::pair<int, int> kRows[] = {{SIGINT, 130}, {SIGTERM, 143}, {SIGHUP, 129}};
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.first);
+    EXPECT_EQ(row.second, RunAndSignal(row.first)) << said;
+    EXPECT_TRUE(Contains(said, "interrupted; the results hold what was done")) << said;
+    EXPECT_EQ("interrupted", Total("state"));
+    EXPECT_EQ("300", Total("digested"));
+    ExpectVerified();
+  }
+}
+
+TEST_F(LongCensus, IsConfirmedForWhatWasDoneOnly) {
+  ASSERT_EQ(130, RunAndSignal(SIGINT)) << said;
+  // A file that is not there cannot have been done.
+  std::ofstream(out + "/files.tsv", std::ios::app) << "./never\t1\t2001-01-01T00:00:00Z\n";
+  int status;
+  const std::string table = Verify(&status);
+  EXPECT_EQ(1, status);
+  EXPECT_TRUE(Contains(table, "./never")) << table;
+}
+
+TEST_F(Census, IgnoresSignalsThatItsParentIgnores) {
+  File("first", "x");
+  Sparse("large", "64M");
+  Process census(Command({tree, "-o", out}), [] { signal(SIGINT, SIG_IGN); });
+  census.ReadLine();
+  census.Signal(SIGINT);
+  EXPECT_EQ(0, census.Wait()) << census.said;
+  EXPECT_EQ("complete", Total("state"));
+}
+
+TEST_F(Census, GoesOnWhenNobodyReadsItsProgress) {
+  File("file", "x");
+  Process census(Command({tree, "-o", out}), [] { signal(SIGPIPE, SIG_DFL); });
+  census.StopReading();
+  EXPECT_EQ(0, census.Wait());
+  ExpectVerified();
+}
+
+TEST_F(Census, DrawsABarOnATerminal) {
+  for (int i = 0; i < 50; ++i) File("file" + std::to_string(i), "x");
+  const int terminal = posix_openpt(O_RDWR | O_NOCTTY);
+  ASSERT_GE(terminal, 0);
+  ASSERT_EQ(0, grantpt(terminal));
+  ASSERT_EQ(0, unlockpt(terminal));
+  const int screen = open(ptsname(terminal), O_RDWR | O_NOCTTY);
+  constexpr unsigned short kWidths[] = {100, 40, 8};
+  for (const unsigned short width : kWidths) {
+    SCOPED_TRACE(width);
+    const winsize size = {24, width, 0, 0};
+    ASSERT_EQ(0, ioctl(screen, TIOCSWINSZ, &size));
+    Process census(Command({tree, "-o", out}), nullptr, screen);
+    EXPECT_EQ(0, census.Wait());
+    char text[65536];
+    const ssize_t count = read(terminal, text, sizeof(text));
+    ASSERT_GT(count, 0);
+    const std::string drawn(text, static_cast<size_t>(count));
+    ASSERT_EQ('\r', drawn[0]);
+    const std::string bar = drawn.substr(1, drawn.find("\x1B[K") - 1);
+    EXPECT_LT(bar.size(), width);
+    EXPECT_EQ(width == 100 ? "[" : "", bar.substr(0, width == 100 ? 1 : 0)) << bar;
+    EXPECT_EQ(width == 100, Contains(bar, "-] ")) << bar;
+    EXPECT_TRUE(Contains(drawn, "\r\x1B[K50 files")) << drawn;
+  }
+  close(screen);
+  close(terminal);
+}
+
+// Each file broken in every way, several at a time where no row depends on more than one of them.
+TEST_F(Census, VerifyNoticesEveryBrokenFile) {
+  MakeOddNames();
+  MakeTwins();
+  MakeNoFiles();
+  Sparse("large", "2G");
+  ASSERT_EQ(1, Run()) << said;
+  ExpectVerified();
+  const std::string kFiles = "files.tsv", kCounts = "totals.txt: counts", kLists = "each file",
+                    kExtensions = "totals.txt: extensions", kDups = "dups.txt",
+                    kReport = "report.u16", kSpecial = "skipped.txt: links",
+                    kUnread = "skipped.txt: unreadable";
+  const struct {
+    std::vector<std::pair<const char*, const char*>> edits;  // a file and what sed does to it
+    Strings rows;                                            // that must fail, and no others
+  } kRows[] = {
+      {{{"files.tsv", "/none/s/Z$/0/"},
+        {"MD5SUMS", "3s/[0-9]/a/"},
+        {"SHA1SUMS", "4s/[0-9]/a/"},
+        {"MD4SUMS", "6s/[0-9]/a/"},
+        {"skipped.txt", "/fifo/d"},
+        {"report.txt", "s/Bytes/bytes/"},
+        {"totals.txt", "s/^files\\t/&1/"},
+        {"half.part", "s/x/y/"}},
+       {kFiles, "MD5SUMS ", "SHA1SUMS ", "MD4SUMS ", kSpecial, kReport, kCounts, "nothing half"}},
+      {{{"dups.txt", "2d"},
+        {"totals.txt", "s/^extension\\t\\.gz/&1/"},
+        {"skipped.txt", "s/large\\t/none\\t/"},
+        {"report.u16", "s/C/c/"}},
+       {kDups, kExtensions, kLists, kUnread, kReport}},
+      {{{"files.tsv", "/none/s/15/16/"},
+        {"dups.txt", "/^$/d"},
+        {"skipped.txt", "s/2 GiB or more//"}},
+       {kFiles, kCounts, kExtensions, kDups, kUnread}},
+      {{{"files.tsv", "1d"}}, {kFiles, kLists, kCounts, kExtensions}},
+      {{{"MD5SUMS", "2d"}}, {kLists, kCounts, kDups}},
+      {{{"SHA1SUMS", "5d"}}, {kLists, kDups}},
+      {{{"MD4SUMS", "$d"}, {"totals.txt", "s/^links\\t/&1/"}}, {kLists, kCounts}},
+      {{{"skipped.txt", "/large/d"},
+        {"dups.txt", "s/twins/twine/"},
+        {"totals.txt", "s/^state.*/state\\tso so/"}},
+       {kLists, kDups, kCounts}},
+      {{{"skipped.txt", "s/link\\tnot/fifo\\tnot/"}, {"totals.txt", "s/^bytes\\t/&1/"}},
+       {kSpecial, kCounts}},
+      {{{"totals.txt", "s/^directories\\t/&1/"}}, {kCounts}},
+      {{{"totals.txt", "s/^special\\t/&1/"}}, {kCounts}},
+      {{{"totals.txt", "s/^digested\\t/&1/"}}, {kCounts}},
+  };
+  const std::string whole = base + "/whole";
+  ASSERT_EQ(0, rename(out.c_str(), whole.c_str()));
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(std::string(row.edits[0].first) + ": " + row.edits[0].second);
+    ASSERT_EQ(0, Process({"cp", "-r", whole, out}).Wait());
+    for (const auto& edit : row.edits) {
+      const std::string path = out + "/" + edit.first;
+      if (!Exists(path)) std::ofstream(path) << "x";
+      const std::string before = ReadAll(path);
+      ASSERT_EQ(0, Process({"env", "LC_ALL=C", "sed", "-i", edit.second, path}).Wait());
+      ASSERT_NE(before, ReadAll(path)) << path;
+    }
+    int status;
+    const std::string table = Verify(&status);
+    EXPECT_EQ(1, status);
+    EXPECT_EQ(row.rows.size(), static_cast<size_t>(CountRows(table, "  FAILED\n"))) << table;
+    for (const std::string& name : row.rows) {
+      EXPECT_TRUE(Contains(RowOf(table, name), " FAILED")) << name << "\n" << table;
+    }
+    ASSERT_EQ(0, Process({"rm", "-r", out}).Wait());
+  }
+}
+
+TEST_F(Census, VerifyNoticesAChangedTree) {
+  File("one", "x");
+  File("two", "y");
+  ASSERT_EQ(0, Run());
+  File("two", "z");
+  int status;
+  const std::string table = Verify(&status);
+  EXPECT_EQ(1, status);
+  for (const char* row : {"MD5SUMS ", "SHA1SUMS ", "MD4SUMS "}) {
+    EXPECT_TRUE(Contains(RowOf(table, row), " FAILED")) << table;
+  }
+}
+
+TEST_F(Census, VerifyNeverCallsOkWhatItDidNotCheck) {
+  File("one", "x");
+  ASSERT_EQ(0, Run());
+  const std::string tools = base + "/tools";
+  const Strings kTools = {"awk",     "bash", "cat",  "cmp",    "comm",   "cut",   "date", "diff",
+                          "find",    "grep", "head", "md5sum", "mktemp", "paste", "rm",   "sed",
+                          "sha1sum", "sort", "tee",  "tr",     "uniq",   "wc",    "xargs"};
+  ASSERT_EQ(0, mkdir(tools.c_str(), 0755));
+  for (const std::string& tool : kTools) {
+    ASSERT_EQ(0, Process({"sh", "-c", "ln -s \"$(command -v " + tool + ")\" " + tools}).Wait());
+  }
+  // Neither openssl nor iconv; then an openssl that knows no MD4.
+  const auto prepare = [&] { setenv("PATH", tools.c_str(), 1); };
+  int status;
+  std::string table = Verify(&status, prepare);
+  EXPECT_EQ(0, status);
+  EXPECT_TRUE(Contains(table, "-  not checked: no openssl\n")) << table;
+  EXPECT_TRUE(Contains(table, "-  not checked: no iconv\n")) << table;
+  EXPECT_EQ(10, CountRows(table, " ok\n")) << table;
+
+  ASSERT_EQ(0, symlink("/bin/false", (tools + "/openssl").c_str()));
+  table = Verify(&status, prepare);
+  EXPECT_EQ(0, status);
+  EXPECT_TRUE(Contains(table, "-  not checked: this openssl has no MD4\n")) << table;
+  EXPECT_EQ(10, CountRows(table, " ok\n")) << table;
+}
+
+TEST_F(Census, VerifyRefusesWhatIsNoCensus) {
+  const Strings kRows[] = {{}, {base + "/nowhere"}, {tree}, {tree, tree, tree}};
+  for (Strings arguments : kRows) {
+    SCOPED_TRACE(testing::PrintToString(arguments));
+    arguments.insert(arguments.begin(), KEST_CENSUS_VERIFY);
+    EXPECT_EQ(2, Process(arguments).Wait());
+  }
+}
+
+}  // namespace
