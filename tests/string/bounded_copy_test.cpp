@@ -109,9 +109,14 @@ constexpr struct {
   const char* expected;
 } kAppendRows[] = {
     {2, 5, "ab"},  // the size is the length: nothing is written
-    {3, 5, "ab"},    {4, 5, "abc"},          {5, 5, "abcd"},  {6, 5, "abcde"},
-    {7, 5, "abcde"}, {UINT_MAX, 5, "abcde"}, {1, 5, "abcde"},  // below the length the room wraps
-                                                               // around: no bound at all
+    {3, 5, "ab"},
+    {4, 5, "abc"},
+    {5, 5, "abcd"},
+    {6, 5, "abcde"},
+    {7, 5, "abcde"},
+    {UINT_MAX, 5, "abcde"},
+    {1, 5, "abcde"},  // below the length the room wraps
+                      // around: no bound at all
     {0, 5, "abcde"},
 };
 

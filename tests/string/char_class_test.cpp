@@ -48,7 +48,7 @@ TEST(CharClass, TheMaskSelectsClasses) {
 }
 
 TEST(CharClass, LineEndsAndTabsAreControlsNotSpaces) {
-  for (unsigned short ch : {'\t', '\n', '\v', '\f', '\r'}) {
+  for (const unsigned short ch : {u'\t', u'\n', u'\v', u'\f', u'\r'}) {
     EXPECT_EQ(0x20, KEST::isuctype(ch, 0xFFFF)) << ch;
   }
   EXPECT_EQ(0x08, KEST::isuctype(' ', 0xFFFF));

@@ -182,7 +182,7 @@ class RandomFormat : public FormatArguments {
   static constexpr size_t kMaxCounts = 24;
 
   explicit RandomFormat(std::mt19937& generator) : random(generator) {
-    for (unsigned int pieces = 1 + random() % 5; pieces != 0; --pieces) AddPiece();
+    for (size_t pieces = 1 + random() % 5; pieces != 0; --pieces) AddPiece();
     expected = FormatModel::Run(format, *this);
   }
 
@@ -242,8 +242,7 @@ class RandomFormat : public FormatArguments {
 
   void AddPiece() {
     if (random() % 3 == 0) {
-      for (unsigned int n = random() % 4; n != 0; --n)
-        Add(u"ab %%.*05+-hlcdsxE|\u0125\u0425\u4E00");
+      for (size_t n = random() % 4; n != 0; --n) Add(u"ab %%.*05+-hlcdsxE|\u0125\u0425\u4E00");
     }
     format += u'%';
     while (random() % 3 == 0) Add(u" #+--000");

@@ -495,6 +495,14 @@ TEST(Format, TheSlotOfTheRuntimeTableIsTheSameFunction) {
   EXPECT_EQ(&KEST::snuprintf, kest_snuprintf);
 }
 
+// The examples of docs/formatted-output.md.
+TEST(Format, TheExamplesOfThePage) {
+  EXPECT_EQ(u"total   |   42|00ff", Printed(u"%-8s|%5d|%04x", u"total", 42, 255));
+  unsigned short text[8];
+  EXPECT_EQ(9, KEST::snuprintf(text, 8, KEST_TEXT("%s.%d"), KEST_TEXT("archive"), 7));
+  EXPECT_EQ(u"archive", Text(text));
+}
+
 // Every combination of flags, width and '*' precision whose meaning the C library shares.
 TEST(Format, AgreesWithTheCLibrary) {
   const int kNumbers[] = {0, 1, -1, 42, -42, 65535, 65537, INT_MAX, INT_MIN};

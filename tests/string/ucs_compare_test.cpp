@@ -120,7 +120,7 @@ TEST(UcsCompare, AgreesWithASlowModelOnRandomText) {
   };
   for (int i = 0; i < 20000; ++i) {
     const std::u16string a = randomText(), b = randomText();
-    const unsigned int n = random() % 8;
+    const unsigned int n = static_cast<unsigned int>(random() % 8);
     SCOPED_TRACE(testing::PrintToString(a) + " and " + testing::PrintToString(b));
     ASSERT_EQ(SlowCompare(a, b, 99, false), KEST::ucscmp(Units(a), Units(b)));
     ASSERT_EQ(SlowCompare(a, b, n, false), KEST::ucsncmp(Units(a), Units(b), n)) << n;

@@ -165,7 +165,7 @@ TEST(UcsNumber, AgreesWithTheCLibraryOnDigits) {
   for (int base = 2; base <= 36; ++base) {
     for (int i = 0; i < 500; ++i) {
       std::string s = random() % 3 == 0 ? "-" : "";
-      for (unsigned int n = 1 + random() % 12; n != 0; --n) {
+      for (size_t n = 1 + random() % 12; n != 0; --n) {
         s += "0123456789abcdefghijklmnopqrstuvwxyz"[random() % static_cast<unsigned int>(base)];
       }
       const bool negative = s[0] == '-';

@@ -103,6 +103,17 @@ TEST(UcsSearch, NullTextIsEmptyText) {
   EXPECT_EQ(s, KEST::ucsstr(s, nullptr));
 }
 
+// The example of docs/wide-strings.md.
+TEST(UcsSearch, TheExampleOfThePage) {
+  unsigned short name[16];
+  EXPECT_EQ(6u, KEST::ucslcpy(name, KEST_TEXT("report"), 16));
+  EXPECT_EQ(14u, KEST::ucslcat(name, KEST_TEXT("-042.txt"), 16));
+  const unsigned short* dot = KEST::ucsrchr(name, '.');
+  unsigned short* end = nullptr;
+  EXPECT_EQ(42, KEST::ucstol(KEST::ucschr(name, '-') + 1, &end, 10));
+  EXPECT_EQ(dot, end);
+}
+
 TEST(UcsSearch, EveryUnitIsFoundThroughShortAndLongSets) {
   for (unsigned int ch = 1; ch < 0x10000; ++ch) {
     const unsigned short unit = static_cast<unsigned short>(ch);
@@ -118,7 +129,7 @@ TEST(UcsSearch, EveryUnitIsFoundThroughShortAndLongSets) {
 
 TEST(UcsSearch, AgreesWithASlowModelOnRandomText) {
   std::mt19937 random(20240612);
-  const auto randomText = [&](unsigned int maxLength, unsigned int letters) {
+  const auto randomText = [&](size_t maxLength, size_t letters) {
     std::u16string s(random() % (maxLength + 1), u' ');
     for (char16_t& ch : s) ch = static_cast<char16_t>(u'a' + random() % letters);
     return s;
