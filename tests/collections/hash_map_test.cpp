@@ -591,16 +591,17 @@ struct Model {
 };
 
 TYPED_TEST(HashMap, AgreesWithAVectorOfLists) {
-  std::mt19937 random(4301);
+  std::mt19937 engine(4301);
+  const auto below = [&](unsigned int n) { return static_cast<unsigned int>(engine() % n); };
   TestAllocator allocator;
   {
     TypeParam map(3);
     Model model;
     for (int step = 0; step < 8000; ++step) {
-      const unsigned int n = random() % 90;
+      const unsigned int n = below(90);
       const auto key = Keys<TypeParam>::Make(n);
-      void* value = Element(random());
-      switch (random() % 8) {
+      void* value = Element(engine());
+      switch (below(8)) {
         case 0:
         case 1:
           map[key] = value;
@@ -623,9 +624,9 @@ TYPED_TEST(HashMap, AgreesWithAVectorOfLists) {
           break;
         }
         default:
-          if (random() % 100 != 0) break;
+          if (below(100) != 0) break;
           map.RemoveAll();
-          map.InitHashTable(random() % 40 + 1, random() % 2 != 0);
+          map.InitHashTable(below(40) + 1, below(2) != 0);
           model.Clear(map.GetHashTableSize());
       }
       ASSERT_EQ(model.count, map.GetCount());

@@ -390,8 +390,8 @@ TEST(PtrList, AListIsAddedAsAWholeOrNotAtAll) {
 
 TEST(PtrList, ABlockThatDoesNotFit32BitsFailsWithoutARequest) {
   TestAllocator allocator;
-  for (int blockSize : {INT_MAX, INT_MAX - 1, static_cast<int>(UINT_MAX / kNodeSize) + 1,
-                        static_cast<int>(UINT_MAX / kNodeSize)}) {
+  constexpr int kTooMany = static_cast<int>((UINT_MAX - sizeof(KEST::SPlex)) / kNodeSize) + 1;
+  for (int blockSize : {INT_MAX, INT_MAX - 1, kTooMany + 1, kTooMany}) {
     SCOPED_TRACE(blockSize);
     TPtrList list(blockSize);
     EXPECT_EQ(nullptr, list.AddTail(a));
