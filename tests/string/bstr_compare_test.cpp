@@ -54,7 +54,7 @@ struct Row {
 
 // Worked by hand: the difference of the first units that differ, as they are, in upper case, and
 // in the normal form, which is lower case.
-const Row kRows[] = {
+const Row kComparisons[] = {
     {u"abc", u"abc", 0, 0, 0},
     {u"abc", u"abd", -1, -1, -1},
     {u"abd", u"abc", 1, 1, 1},
@@ -83,7 +83,7 @@ const Row kRows[] = {
 }  // namespace
 
 TEST(BstrCompare, ComparesTheUnitsThatDiffer) {
-  for (const Row& row : kRows) {
+  for (const Row& row : kComparisons) {
     const TBstr a = Bstr(row.a);
     EXPECT_EQ(row.plain, a.Compare(Units(row.b))) << testing::PrintToString(row.a);
     EXPECT_EQ(row.noCase, a.CompareNoCase(Units(row.b))) << testing::PrintToString(row.a);

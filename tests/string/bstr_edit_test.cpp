@@ -311,6 +311,24 @@ TEST(BstrEdit, Deletes) {
   EXPECT_EQ(0, TBstr().Delete(0, 1));
 }
 
+TEST(BstrEdit, WhatChangesNothingTakesNoMemory) {
+  TBstr s(KEST_TEXT("hello"));
+  TestAllocator allocator;
+  s.Insert(-1, u'x');
+  s.Insert(0, u'\0');
+  s.Insert(-1, KEST_TEXT("x"));
+  s.Insert(0, KEST_TEXT(""));
+  s.Delete(5, 1);
+  s.Delete(-1, 1);
+  s.Delete(0, 0);
+  s.Delete(0, -1);
+  s.TrimLeft(u'o');
+  s.TrimRight(u'h');
+  s.Remove(u'x');
+  EXPECT_EQ(0, allocator.Requests());
+  EXPECT_EQ(u"hello", TextOf(s));
+}
+
 TEST(BstrEdit, AFailureLeavesTheStringEmpty) {
   using Change = int (*)(TBstr&);
   constexpr Change kChanges[] = {

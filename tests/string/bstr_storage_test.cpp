@@ -388,6 +388,18 @@ TEST(BstrStorage, AttachDoesNotFreeThePreviousText) {
   KestFreeString(bstr);
 }
 
+TEST(BstrStorage, DetachGivesTheTextAndReleasesThe8BitCopy) {
+  TestAllocator allocator;
+  TBstr s(KEST_TEXT("abc"));
+  const unsigned short* text = s.GetString();
+  s.GetMultibyteString();
+  unsigned short* bstr = s.Detach();
+  EXPECT_EQ(text, bstr);
+  EXPECT_TRUE(s.IsEmpty());
+  EXPECT_EQ(1, allocator.Live());
+  KestFreeString(bstr);
+}
+
 TEST(BstrStorage, CopyGivesTheCallerItsOwnBuffer) {
   TestAllocator allocator;
   const unsigned short text[] = {'a', 0, 'b'};

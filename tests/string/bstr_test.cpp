@@ -1,5 +1,5 @@
 #include <gtest/gtest.h>
-#include <limits.h>
+#include <malloc.h>
 #include <string.h>
 
 #include "kest/string.h"
@@ -62,6 +62,7 @@ TEST(StringBuffer, IsOneBlockOfPrefixUnitsAndTerminator) {
 }
 
 TEST(StringBuffer, TakesTwiceTheLengthAndSixBytes) {
+  mallopt(M_PERTURB, 0x55);  // fresh blocks are not zero
   TestAllocator allocator;
   for (unsigned int length = 1; length < 300; ++length) {
     unsigned short* bstr = KestAllocStringLen(nullptr, length);

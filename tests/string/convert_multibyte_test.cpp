@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 #include <limits.h>
+#include <malloc.h>
 #include <string.h>
 
 #include <algorithm>
@@ -87,6 +88,7 @@ TEST(ConvertBuffer, HoldsTheWidenedBytesAndATerminator) {
       {"ab\0cd", -1, u"ab"},
       {"\x80\xFF", -1, u"\x80\xFF"},
   };
+  mallopt(M_PERTURB, 0x55);  // fresh blocks are not zero
   for (const auto& row : kRows) {
     TestAllocator allocator;
     {
