@@ -30,6 +30,25 @@ class Pretended {
   unsigned short units[4] = {};
 };
 
+// A change of the text "old": what it is given, what it returns, the text afterwards.
+struct Row {
+  const unsigned short* src;
+  int length;
+  bool result;
+  const char16_t* text;
+};
+
+void CheckChange(bool (TBstr::*change)(const unsigned short*, int), const Row& row) {
+  SCOPED_TRACE(row.length);
+  TBstr s(KEST_TEXT("old"));
+  s.GetMultibyteString();
+  EXPECT_EQ(row.result, (s.*change)(row.src, row.length));
+  EXPECT_EQ(row.text, TextOf(s));
+  TestAllocator allocator;
+  s.GetMultibyteString();
+  EXPECT_EQ(s.IsEmpty() ? 0 : 1, allocator.Requests()) << "the 8-bit copy was not discarded";
+}
+
 }  // namespace
 
 TEST(BstrStorage, AnEmptyStringHasNoMemoryButText) {
@@ -125,12 +144,7 @@ TEST(BstrStorage, AdjustBufferLeavesThe8BitCopy) {
 }
 
 TEST(BstrStorage, InternalInit) {
-  struct {
-    const unsigned short* src;
-    int length;
-    bool result;
-    const char16_t* text;
-  } const kRows[] = {
+  const Row kRows[] = {
       {KEST_TEXT("abcdef"), 6, true, u"abcdef"},
       {KEST_TEXT("abcdef"), 3, true, u"abc"},
       {KEST_TEXT("abcdef"), 1, true, u"a"},
@@ -141,16 +155,7 @@ TEST(BstrStorage, InternalInit) {
       {nullptr, 0, true, u""},
       {nullptr, -1, true, u""},  // null is looked at first
   };
-  for (const auto& row : kRows) {
-    SCOPED_TRACE(row.length);
-    TBstr s(KEST_TEXT("old"));
-    s.GetMultibyteString();
-    EXPECT_EQ(row.result, s.InternalInit(row.src, row.length));
-    EXPECT_EQ(row.text, TextOf(s));
-    TestAllocator allocator;
-    s.GetMultibyteString();
-    EXPECT_EQ(s.IsEmpty() ? 0 : 1, allocator.Requests()) << "the 8-bit copy was not discarded";
-  }
+  for (const Row& row : kRows) CheckChange(&TBstr::InternalInit, row);
 }
 
 TEST(BstrStorage, InternalInitCopiesZeroUnits) {
@@ -175,12 +180,7 @@ TEST(BstrStorage, InternalInitFromItsOwnText) {
 }
 
 TEST(BstrStorage, InternalAppend) {
-  struct {
-    const unsigned short* src;
-    int length;
-    bool result;
-    const char16_t* text;
-  } const kRows[] = {
+  const Row kRows[] = {
       {KEST_TEXT("xyz"), 3, true, u"oldxyz"},
       {KEST_TEXT("xyz"), 1, true, u"oldx"},
       {KEST_TEXT("xyz"), 0, true, u"old"},
@@ -189,16 +189,7 @@ TEST(BstrStorage, InternalAppend) {
       {nullptr, 3, true, u"old"},
       {nullptr, -1, true, u"old"},  // null is looked at first
   };
-  for (const auto& row : kRows) {
-    SCOPED_TRACE(row.length);
-    TBstr s(KEST_TEXT("old"));
-    s.GetMultibyteString();
-    EXPECT_EQ(row.result, s.InternalAppend(row.src, row.length));
-    EXPECT_EQ(row.text, TextOf(s));
-    TestAllocator allocator;
-    s.GetMultibyteString();
-    EXPECT_EQ(1, allocator.Requests()) << "the 8-bit copy was not discarded";
-  }
+  for (const Row& row : kRows) CheckChange(&TBstr::InternalAppend, row);
 }
 
 TEST(BstrStorage, AppendingReallocatesToTheExactLength) {
