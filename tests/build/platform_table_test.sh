@@ -13,7 +13,7 @@ defined=$(
     nm --defined-only --extern-only --demangle "$object" | awk '$2 == "T" && $3 !~ /^__x86/ { $1 = $2 = ""; print }'
   done | sed -e 's/^ *//' -e 's/(.*//' -e 's/^KEST:://' | sort -u
 )
-listed=$(sed -n 's/^| *`\([A-Za-z_:]*\)`.*/\1/p' "$readme" | sort -u)
+listed=$(sed -n 's/^| *`\([A-Za-z0-9_:]*\)`.*/\1/p' "$readme" | sort -u)
 [ -n "$defined" ] && [ -d "$folder" ] || { echo 'no platform objects found'; exit 1; }
 diff <(echo "$listed") <(echo "$defined") | sed -n -e 's/^</not a platform function, but listed:/p' -e 's/^>/not listed in src\/platform\/README.md:/p' | grep . && exit 1
 exit 0

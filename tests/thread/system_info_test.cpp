@@ -95,7 +95,7 @@ TEST(SystemInfo, ReadsTheNumbersOfTheRelease) {
 
 // Every byte becomes one unit, and 31 of them fit.
 TEST(SystemInfo, WidensTheNameIntoItsField) {
-  for (size_t length : {0, 1, 5, 30, 31, 32, 33, 64}) {
+  for (size_t length : {0u, 1u, 5u, 30u, 31u, 32u, 33u, 64u}) {
     SCOPED_TRACE(length);
     std::string system;
     for (size_t i = 0; i < length; ++i) system += static_cast<char>(0xf0 - i);

@@ -211,7 +211,7 @@ TEST(Time, YearsFrom2038OnNeedTheWiderTime) {
 TEST(Time, OtherLengthsAreTimeZero) {
   SetZone(kNewYork);
   const std::u16string digits(300, u'1');
-  for (size_t length : {0, 1, 12, 14, 16, 17, 26, 269, 271, 300}) {
+  for (size_t length : {0u, 1u, 12u, 14u, 16u, 17u, 26u, 269u, 271u, 300u}) {
     const std::u16string text = digits.substr(0, length);
     const TTime time(reinterpret_cast<const unsigned short*>(text.c_str()));
     EXPECT_EQ(0, time.time) << length;
