@@ -1,9 +1,10 @@
 // TFileFinder's object layer: a stack of searches, one for each directory level.
 
-#include "frame/layout.h"
 #include "kest/file.h"
 
 #include <utility>
+
+#include "frame/layout.h"
 
 namespace {
 

@@ -1,9 +1,10 @@
 // The record that describes one directory entry.
 
-#include "frame/layout.h"
 #include "kest/file.h"
 
 #include <utility>
+
+#include "frame/layout.h"
 
 namespace KEST {
 
