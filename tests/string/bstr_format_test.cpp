@@ -170,7 +170,7 @@ TEST(BstrFormat, TakesAnArgumentList) {
 TEST(BstrFormat, AgreesWithASecondFormatterOnRandomFormats) {
   std::mt19937 random(20240616);
   TBstr s;
-  for (int i = 0; i < 20000; ++i) {
+  for (int i = 0; i < 10000; ++i) {
     RandomFormat sample(random);
     if (sample.IsTooLong()) continue;
     sample.Call([&](auto... args) { s.Format(Units(sample.Format()), args...); });
