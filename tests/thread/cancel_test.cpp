@@ -76,7 +76,12 @@ TEST(Cancel, AfterTheEndLeavesTheExitValue) {
   EXPECT_EQ(7, code);
 }
 
-// Blocking calls of the library: their frames let the unwinding through.
+// Calls of the library that block: its frames let the unwinding through. Whatever takes memory is
+// made ready before, because a cancel inside an allocator leaves that locked.
+KEST::TCritSec s_lock;
+KEST::TCondVar s_conditions[2];
+TThread* s_other;
+
 struct Blocked {
   const char* name;
   int (*proc)(void*);
@@ -84,47 +89,34 @@ struct Blocked {
 
 const Blocked kBlocked[] = {
     {"sleep", [](void*) { return TThread::Sleep(1000000000); }},
-    {"lock",
-     [](void*) {
-       static KEST::TCritSec lock;
-       lock.Init();
-       lock.Lock();
-       return lock.Lock();
-     }},
+    {"lock", [](void*) { return s_lock.Lock(); }},
     {"condition",
      [](void*) {
-       static KEST::TCondVar condition;
-       condition.Init();
-       condition.Lock();
-       return condition.Wait(-1) ? 1 : 0;
+       s_conditions[0].Lock();
+       return s_conditions[0].Wait(-1) ? 1 : 0;
      }},
     {"timed condition",
      [](void*) {
-       static KEST::TCondVar condition;
-       condition.Init();
-       condition.Lock();
-       return condition.Wait(1000000000) ? 1 : 0;
+       s_conditions[1].Lock();
+       return s_conditions[1].Wait(1000000000) ? 1 : 0;
      }},
+    {"callback of a message", [](void*) { return KestGiveMessage(7, nullptr, nullptr) ? 1 : 0; }},
+    {"waiting for another thread", [](void*) { return s_other->WaitForExit(nullptr) ? 1 : 0; }},
     {"message loop", [](void*) { return KestMessageLoop() != nullptr ? 1 : 0; }},
-    {"callback of a message",
-     [](void*) {
-       KestRegisterMessageCallback(7, [](unsigned int, void*, void*) { Pause(nullptr); });
-       return KestGiveMessage(7, nullptr, nullptr) ? 1 : 0;
-     }},
-    {"waiting for another thread",
-     [](void*) {
-       TThread* const other = KestCreateThread(Pause, nullptr, false);
-       KestDestroyThread(other, true);
-       return 0;
-     }},
 };
 
 TEST(Cancel, ReachesAThreadThatTheLibraryBlocks) {
   KEST_SKIP_UNDER_TSAN();
   ASSERT_TRUE(KEST::MessageInit());
+  ASSERT_TRUE(KestRegisterMessageCallback(7, [](unsigned int, void*, void*) { Pause(nullptr); }));
+  ASSERT_EQ(0, s_lock.Init());
+  ASSERT_EQ(0, s_lock.Lock());
+  for (KEST::TCondVar& condition : s_conditions) ASSERT_EQ(0, condition.Init());
+  s_other = KestCreateThread(Pause, nullptr, false);
+  ASSERT_NE(nullptr, s_other);
   for (const Blocked& row : kBlocked) {
     SCOPED_TRACE(row.name);
-    for (int yields : {0, 1, 100}) {
+    for (int yields : {0, 1, 10, 100}) {
       TThread thread;
       ASSERT_TRUE(thread.Create(row.proc, nullptr, false));
       for (int i = 0; i < yields; ++i) sched_yield();
@@ -132,9 +124,14 @@ TEST(Cancel, ReachesAThreadThatTheLibraryBlocks) {
       int code = 5;
       EXPECT_TRUE(thread.WaitForExit(&code));
       EXPECT_EQ(-1, code);
-      if (row.proc == kBlocked[4].proc) break;  // which leaves the queue locked
     }
   }
+  EXPECT_TRUE(s_other->Cancel());
+  int code = 5;
+  EXPECT_TRUE(s_other->WaitForExit(&code)) << "the cancelled waits joined nothing";
+  EXPECT_EQ(-1, code);
+  KestDestroyThread(s_other, false);
+  EXPECT_TRUE(KestUnregisterMessageCallback(7));
 }
 
 // The cancel hits anywhere from the start routine on.
