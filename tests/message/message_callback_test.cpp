@@ -32,7 +32,16 @@ void B(unsigned int id, void* param1, void* param2) {
 
 const unsigned int kIds[] = {0, 1, 5, 18, 35, 0x7FFFFFFF, 0x80000000, 0xFFFFFFFF};
 
-TEST(MessageCallback, NothingIsRegisteredAtFirst) {
+class MessageCallback : public testing::Test {
+ protected:
+  void SetUp() override { s_calls.clear(); }
+  void TearDown() override {
+    for (unsigned int id : kIds) KestUnregisterMessageCallback(id);
+    KestUnregisterMessageCallback(6);
+  }
+};
+
+TEST_F(MessageCallback, NothingIsRegisteredAtFirst) {
   TestAllocator allocator;
   for (unsigned int id : kIds) {
     EXPECT_EQ(nullptr, KestLookupMessageCallback(id));
@@ -42,7 +51,7 @@ TEST(MessageCallback, NothingIsRegisteredAtFirst) {
   EXPECT_EQ(0, allocator.Requests());
 }
 
-TEST(MessageCallback, IsCalledAtOnceWithTheMessage) {
+TEST_F(MessageCallback, IsCalledAtOnceWithTheMessage) {
   EXPECT_TRUE(KestRegisterMessageCallback(5, A));
   EXPECT_TRUE(KestRegisterMessageCallback(6, B));
   EXPECT_TRUE(KestGiveMessage(5, Pointer(50), Pointer(51)));
@@ -53,7 +62,7 @@ TEST(MessageCallback, IsCalledAtOnceWithTheMessage) {
   EXPECT_EQ(expected, s_calls);
 }
 
-TEST(MessageCallback, EveryIdentifierCanHaveOne) {
+TEST_F(MessageCallback, EveryIdentifierCanHaveOne) {
   for (unsigned int id : kIds) {
     SCOPED_TRACE(id);
     EXPECT_TRUE(KestRegisterMessageCallback(id, A));
@@ -68,7 +77,7 @@ TEST(MessageCallback, EveryIdentifierCanHaveOne) {
   }
 }
 
-TEST(MessageCallback, TheFirstRegistrationWins) {
+TEST_F(MessageCallback, TheFirstRegistrationWins) {
   EXPECT_TRUE(KestRegisterMessageCallback(5, A));
   EXPECT_FALSE(KestRegisterMessageCallback(5, B));
   EXPECT_FALSE(KestRegisterMessageCallback(5, A));
@@ -81,7 +90,7 @@ TEST(MessageCallback, TheFirstRegistrationWins) {
   EXPECT_EQ(&B, KestLookupMessageCallback(5));
 }
 
-TEST(MessageCallback, UnregisteringTheLastFreesTheRegistry) {
+TEST_F(MessageCallback, UnregisteringTheLastFreesTheRegistry) {
   TestAllocator allocator;
   for (int round = 0; round < 3; ++round) {
     EXPECT_TRUE(KestRegisterMessageCallback(5, A));
@@ -98,7 +107,7 @@ TEST(MessageCallback, UnregisteringTheLastFreesTheRegistry) {
   }
 }
 
-TEST(MessageCallback, ANullCallbackCountsAsNone) {
+TEST_F(MessageCallback, ANullCallbackCountsAsNone) {
   TestAllocator allocator;
   for (bool alone : {true, false}) {
     EXPECT_TRUE(alone || KestRegisterMessageCallback(6, B));
@@ -115,7 +124,7 @@ TEST(MessageCallback, ANullCallbackCountsAsNone) {
   EXPECT_EQ(0, allocator.Live());
 }
 
-TEST(MessageCallback, StartAndStopLeaveTheRegistry) {
+TEST_F(MessageCallback, StartAndStopLeaveTheRegistry) {
   EXPECT_TRUE(KestRegisterMessageCallback(5, A)) << "no queue is needed";
   ASSERT_TRUE(KEST::MessageInit());
   EXPECT_EQ(&A, KestLookupMessageCallback(5));
@@ -125,7 +134,7 @@ TEST(MessageCallback, StartAndStopLeaveTheRegistry) {
   EXPECT_TRUE(KestUnregisterMessageCallback(5));
 }
 
-TEST(MessageCallback, ACallbackMayChangeTheRegistry) {
+TEST_F(MessageCallback, ACallbackMayChangeTheRegistry) {
   TestAllocator allocator;
   EXPECT_TRUE(KestRegisterMessageCallback(5, [](unsigned int id, void*, void*) {
     EXPECT_TRUE(KestUnregisterMessageCallback(id));
@@ -138,7 +147,7 @@ TEST(MessageCallback, ACallbackMayChangeTheRegistry) {
   EXPECT_EQ(0, allocator.Live());
 }
 
-TEST(MessageCallback, ARefusedRegistrationKeepsTheOthers) {
+TEST_F(MessageCallback, ARefusedRegistrationKeepsTheOthers) {
   kest_test::ForEachRefusedRequest([](TestAllocator& allocator) {
     bool registered[25];
     int count = 0;

@@ -44,13 +44,24 @@ bool IsLocked(void* queue) {
   return result == EBUSY;
 }
 
+// What the callbacks of a loop were given.
+std::vector<Message> s_given;
+
+void Record(unsigned int id, void* param1, void* param2) {
+  s_given.push_back({id, param1, param2});
+}
+
 class MessageQueue : public testing::Test {
  protected:
   void SetUp() override {
+    s_given.clear();
     queue = KEST::InternalCreateMessageQueue();
     ASSERT_NE(nullptr, queue);
   }
-  void TearDown() override { KEST::InternalDestroyMessageQueue(queue); }
+  void TearDown() override {
+    KEST::InternalDestroyMessageQueue(queue);
+    for (unsigned int id : {5u, 7u, KEST::kQuitMessageId}) KestUnregisterMessageCallback(id);
+  }
 
   bool Post(unsigned int id, uintptr_t param1 = 0, uintptr_t param2 = 0) {
     return KEST::InternalPostMessage(queue, id, Pointer(param1), Pointer(param2));
@@ -258,13 +269,6 @@ TEST(MessageQueueLife, DestroyingFreesPendingRecordsAndCallsNothing) {
   EXPECT_EQ(0, s_called);
   EXPECT_EQ(0, available.calls);
   EXPECT_TRUE(KestUnregisterMessageCallback(5));
-}
-
-// What the callbacks of a loop were given.
-std::vector<Message> s_given;
-
-void Record(unsigned int id, void* param1, void* param2) {
-  s_given.push_back({id, param1, param2});
 }
 
 TEST_F(MessageQueue, TheLoopHandsMessagesOutUntilTheQuit) {

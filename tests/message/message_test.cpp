@@ -37,8 +37,14 @@ void ExpectNoQueue() {
 
 class Messages : public testing::Test {
  protected:
-  void SetUp() override { ASSERT_TRUE(KEST::MessageInit()); }
-  void TearDown() override { KEST::MessageTerm(); }
+  void SetUp() override {
+    s_given.clear();
+    ASSERT_TRUE(KEST::MessageInit());
+  }
+  void TearDown() override {
+    KEST::MessageTerm();
+    for (unsigned int id : {5u, 6u, 7u, KEST::kQuitMessageId}) KestUnregisterMessageCallback(id);
+  }
 
   // The identifier of the next message, or 0 when there is none.
   unsigned int Next() {

@@ -3,31 +3,19 @@
 
 #include <unistd.h>
 
-#include <vector>
-
 #include "kest/message.h"
 #include "kest/thread.h"
 #include "support/test_allocator.h"
+#include "support/thread_sanitizer.h"
 
 namespace {
 
 using KEST::TThread;
 using kest_test::TestAllocator;
 
-#if defined(__has_feature)
-#if __has_feature(thread_sanitizer)
-#define KEST_TESTS_THREAD_SANITIZER
-#endif
-#endif
-
-// An asynchronous cancel unwinds out of whatever runs, thread sanitizer's own functions and their
+// An asynchronous cancel unwinds out of whatever runs, the sanitizer's own functions and their
 // locks included.
-#ifdef KEST_TESTS_THREAD_SANITIZER
-#define KEST_SKIP_UNDER_TSAN() \
-  GTEST_SKIP() << "thread sanitizer cannot follow an asynchronous cancel"
-#else
-#define KEST_SKIP_UNDER_TSAN() static_cast<void>(0)
-#endif
+#define KEST_SKIP_CANCEL_UNDER_TSAN() KEST_SKIP_UNDER_TSAN("cannot follow an asynchronous cancel")
 
 // Never reaches a cancellation point.
 int Spin(void* started) {
@@ -45,7 +33,7 @@ void WaitUntil(bool* flag) {
 }
 
 TEST(Cancel, EndsAFunctionThatNeverStopsByItself) {
-  KEST_SKIP_UNDER_TSAN();
+  KEST_SKIP_CANCEL_UNDER_TSAN();
   bool started = false;
   TThread thread;
   ASSERT_TRUE(thread.Create(Spin, &started, false));
@@ -58,7 +46,7 @@ TEST(Cancel, EndsAFunctionThatNeverStopsByItself) {
 }
 
 TEST(Cancel, AfterTheEndLeavesTheExitValue) {
-  KEST_SKIP_UNDER_TSAN();
+  KEST_SKIP_CANCEL_UNDER_TSAN();
   static bool ended;
   TThread thread;
   ASSERT_TRUE(thread.Create(
@@ -106,7 +94,7 @@ const Blocked kBlocked[] = {
 };
 
 TEST(Cancel, ReachesAThreadThatTheLibraryBlocks) {
-  KEST_SKIP_UNDER_TSAN();
+  KEST_SKIP_CANCEL_UNDER_TSAN();
   ASSERT_TRUE(KEST::MessageInit());
   ASSERT_TRUE(KestRegisterMessageCallback(7, [](unsigned int, void*, void*) { Pause(nullptr); }));
   ASSERT_EQ(0, s_lock.Init());
@@ -136,7 +124,7 @@ TEST(Cancel, ReachesAThreadThatTheLibraryBlocks) {
 
 // The cancel hits anywhere from the start routine on.
 TEST(Cancel, AtAnyPointEndsTheThreadAndFreesEverything) {
-  KEST_SKIP_UNDER_TSAN();
+  KEST_SKIP_CANCEL_UNDER_TSAN();
   TestAllocator allocator;
   for (int i = 0; i < 4000; ++i) {
     SCOPED_TRACE(i);
@@ -155,7 +143,7 @@ TEST(Cancel, AtAnyPointEndsTheThreadAndFreesEverything) {
 }
 
 TEST(Cancel, OfAThreadThatEndsMeanwhileGivesOneResultOrTheOther) {
-  KEST_SKIP_UNDER_TSAN();
+  KEST_SKIP_CANCEL_UNDER_TSAN();
   int cancelled = 0;
   for (int i = 0; i < 2000; ++i) {
     TThread thread;
@@ -170,7 +158,7 @@ TEST(Cancel, OfAThreadThatEndsMeanwhileGivesOneResultOrTheOther) {
 }
 
 TEST(Cancel, TwiceIsAsGoodAsOnce) {
-  KEST_SKIP_UNDER_TSAN();
+  KEST_SKIP_CANCEL_UNDER_TSAN();
   for (int i = 0; i < 200; ++i) {
     TThread thread;
     ASSERT_TRUE(thread.Create(Pause, nullptr, false));
