@@ -1,5 +1,7 @@
 #include "progress.h"
 
+#include <algorithm>
+
 #include "kest/thread.h"
 #include "numbers.h"
 #include "posix.h"
@@ -14,6 +16,7 @@ constexpr unsigned int kTerminalMs = 100;
 constexpr unsigned int kPlainMs = 1000;
 constexpr unsigned int kSettledMs = 1000;  // before that, no guess at the time left
 constexpr int kSmallestBar = 5;
+constexpr double kMostShare = 0.99;  // what is found has still to be read
 
 }  // namespace
 
@@ -28,7 +31,7 @@ Progress::Progress(int ownWorkers)
       share(0) {}
 
 void Progress::Add(const Entry& entry) {
-  if (entry.kind == kDirectory) share += entry.share;
+  if (entry.kind == kDirectory) share = std::min(share + entry.share, kMostShare);
   if (entry.kind != kRegular) return;
   ++files;
   if (entry.digested && entry.size > entry.announced) bytes += entry.size - entry.announced;

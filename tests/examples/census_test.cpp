@@ -480,7 +480,7 @@ TEST_F(Census, LeavesTheOldResultsWhenTheDiskIsFull) {
   File("one more", "x");
   std::map<std::string, std::string> before;
   for (const char* name : kOutputs) before[name] = Output(name);
-  for (rlim_t limit : {1, 9000}) {  // the first file, a later one
+  for (const rlim_t limit : {rlim_t{1}, rlim_t{9000}}) {  // the first file, a later one
     SCOPED_TRACE(limit);
     ASSERT_EQ(3, Run({}, [=] { LimitFileSize(limit); }));
     for (const char* name : kOutputs) {
@@ -673,7 +673,7 @@ TEST_F(Census, DrawsABarOnATerminal) {
     const std::string bar = drawn.substr(1, drawn.find("\x1B[K") - 1);
     EXPECT_LT(bar.size(), width);
     EXPECT_EQ(width == 100 ? "[" : "", bar.substr(0, width == 100 ? 1 : 0)) << bar;
-    EXPECT_EQ(width == 100, Contains(bar, "-] ")) << bar;
+    EXPECT_EQ(width == 100, Contains(bar, "] ")) << bar;
     EXPECT_TRUE(Contains(drawn, "\r\x1B[K50 files")) << drawn;
   }
   close(screen);
