@@ -11,12 +11,12 @@
 
 using KEST::TPtrArray;
 using kest_test::Element;
+using kest_test::Elements;
 using kest_test::kNegatives;
+using kest_test::Numbers;
 using kest_test::TestAllocator;
 
 namespace {
-
-using Elements = std::vector<void*>;
 
 // More elements than this do not fit a 32-bit number of bytes.
 constexpr int kLimit = static_cast<int>(UINT_MAX / sizeof(void*));
@@ -35,12 +35,6 @@ Elements Of(const TPtrArray& array) {
 void Fill(TPtrArray& array, const Elements& elements) {
   array.RemoveAll();
   for (void* element : elements) array.Add(element);
-}
-
-Elements Numbers(int count) {
-  Elements elements;
-  for (int i = 1; i <= count; ++i) elements.push_back(Element(static_cast<uintptr_t>(i)));
-  return elements;
 }
 
 TEST(PtrArray, StartsEmptyWithoutStorage) {

@@ -15,11 +15,11 @@
 using KEST::__POSITION;
 using KEST::TPtrList;
 using kest_test::Element;
+using kest_test::Elements;
+using kest_test::Numbers;
 using kest_test::TestAllocator;
 
 namespace {
-
-using Elements = std::vector<void*>;
 
 constexpr unsigned int kNodeSize = sizeof(TPtrList::SNode);
 
@@ -49,12 +49,6 @@ Elements Of(const TPtrList& list) {
 
 void Fill(TPtrList& list, const Elements& elements) {
   for (void* element : elements) list.AddTail(element);
-}
-
-Elements Numbers(int count) {
-  Elements elements;
-  for (int i = 1; i <= count; ++i) elements.push_back(Element(static_cast<uintptr_t>(i)));
-  return elements;
 }
 
 TEST(PtrList, StartsEmptyWithoutMemory) {
