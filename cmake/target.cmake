@@ -25,7 +25,7 @@ elseif(NOT KEST_BITS EQUAL 64)
 endif()
 
 if(KEST_SANITIZE)
-  add_compile_options(-fsanitize=${KEST_SANITIZE} -fno-omit-frame-pointer -O1 -g)
+  add_compile_options(-fsanitize=${KEST_SANITIZE} -fno-omit-frame-pointer -O1)
   add_link_options(-fsanitize=${KEST_SANITIZE})
   if(KEST_SANITIZE MATCHES undefined)
     add_compile_options(-fno-sanitize-recover=undefined)
