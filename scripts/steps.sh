@@ -11,6 +11,10 @@ started=$EPOCHREALTIME
 jobs=$(nproc 2>/dev/null || echo 2)
 [ -t 1 ] && terminal=yes || terminal=
 
+# Compilers, tests and checkers leave their temporary files below build/ too.
+mkdir -p build/tmp
+export TMPDIR=$root/build/tmp
+
 # seconds_since TIME: with one decimal.
 seconds_since() {
   local us=$((${EPOCHREALTIME/[.,]/} - ${1/[.,]/}))
@@ -77,7 +81,7 @@ missing_packages() {
 apt_get() {
   local attempt
   for attempt in 1 2 3 4 5 6; do
-    DEBIAN_FRONTEND=noninteractive $sudo apt-get -o DPkg::Lock::Timeout=300 "$@" && return 0
+    DEBIAN_FRONTEND=noninteractive $sudo env -u TMPDIR apt-get -o DPkg::Lock::Timeout=300 "$@" && return 0
     echo "apt-get $1 failed (attempt $attempt); trying again in 10 seconds"
     sleep 10
   done
