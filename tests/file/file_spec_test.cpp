@@ -186,7 +186,7 @@ TEST(FileSpec, CanonicalizesLongTextsByTheRules) {
                                      u".", u"a", u"bc",   u"defg"};
   for (int i = 0; i < 5000; ++i) {
     std::u16string text;
-    for (unsigned int n = random() % 40; n > 0; --n) text += kPieces[random() % std::size(kPieces)];
+    for (auto n = random() % 40; n > 0; --n) text += kPieces[random() % std::size(kPieces)];
     ExpectCanonicalizedByTheRules(text);
   }
 }
