@@ -177,8 +177,8 @@ class KEST_API TFile {
 //   for (bool more = finder.Find(spec, true); more; more = finder.FindNext(false)) ...
 //
 // Wildcards are those of the shell: "*", "?", "[abc]" and "\" before a character that is meant
-// literally. A name that begins with "." takes a pattern that does. The order is the directory's
-// own.
+// literally. A name that begins with "." takes a pattern that does. More than 256 "/" behind the
+// first wildcard match nothing. The order is the directory's own.
 class KEST_API TFileFinder : public TFileInfo {
  public:
   static const unsigned short kCurrentDirectory[];  // "."

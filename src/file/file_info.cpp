@@ -32,7 +32,7 @@ void TFileInfo::Init(const TBstr& entryName, bool directory, long long bytes, lo
 bool TFile::GetInfo(const TBstr& spec, TFileInfo& info) {
   TFileFinder finder;
   if (!finder.Find(spec.GetString(), false)) return false;
-  info = static_cast<TFileInfo&&>(finder);
+  info = std::move(static_cast<TFileInfo&>(finder));
   return true;
 }
 

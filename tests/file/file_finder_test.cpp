@@ -397,6 +397,24 @@ TEST(FileFinder, VisitsDeepTrees) {
   EXPECT_EQ(tree.Path(path + "/end"), found.back());
 }
 
+// The C library's matcher would run out of stack.
+TEST(FileFinder, MoreThan256PartsBehindAWildcardMatchNothing) {
+  const TempTree tree;
+  std::string path = "d";
+  for (int i = 0; i < 257; ++i) path += "/d";
+  tree.MakeFolder(path);
+  const std::string below = path.substr(1);  // 257 parts
+  EXPECT_EQ(Names{}, FindAll(tree.Path("?" + below), false));
+  EXPECT_EQ(1u, FindAll(tree.Path("?" + below.substr(2)), false).size());
+  EXPECT_EQ(1u, FindAll(tree.Path(path), false).size()) << "without a wildcard";
+  for (const char* part : {"*/", "?/", "[d]/", "d/"}) {
+    std::string hostile = "*/";
+    for (int i = 0; i < 1000000; ++i) hostile += part;
+    TFileFinder finder;
+    EXPECT_FALSE(Find(finder, hostile, true)) << part;
+  }
+}
+
 // A specification that lacks a part would be the name of something else.
 TEST_F(FileFinderInATree, WithoutMemoryEntriesAreRightOrMissing) {
   const WorkingDirectory inTree(tree.Path());

@@ -6,6 +6,7 @@
 #include <string.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <utility>
 
 #include "frame/object.h"
@@ -17,6 +18,16 @@ struct SSearch {
   glob_t paths;
   size_t next;
 };
+
+// glob calls itself for every part from the first wildcard on, with some 4 KB of stack each. More
+// than this many parts could be a hostile tree's way to end the process.
+constexpr int kMaxParts = 256;
+
+bool HasTooManyParts(const char* pattern) {
+  const char* wildcard = strpbrk(pattern, "*?[");
+  if (wildcard == nullptr) return false;
+  return std::count(wildcard, wildcard + strlen(wildcard), '/') > kMaxParts;
+}
 
 const char* NameOf(const char* path) {
   const char* separator = strrchr(path, '/');
@@ -41,6 +52,7 @@ bool Describe(const char* path, KEST::TFileInfo& info) {
 namespace KEST {
 
 void* TFileFinder::FileFinderFind(const TBstr& spec, TFileInfo& info) {
+  if (HasTooManyParts(spec.GetMultibyteString())) return nullptr;
   SSearch* search = CreateObject<SSearch>();
   if (search == nullptr) return nullptr;
   // With "/" glob finds nothing; GLOB_NOCHECK makes it report the root itself.
