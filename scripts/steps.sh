@@ -1,3 +1,4 @@
+# shellcheck shell=bash disable=SC2034
 # Shared by ./try and ./check: set-up of the machine and steps that report themselves.
 #
 # A step is one line: its name, how it ended, its time, its log. On a terminal the line ticks while
@@ -81,7 +82,7 @@ missing_packages() {
 apt_get() {
   local attempt
   for attempt in 1 2 3 4 5 6; do
-    DEBIAN_FRONTEND=noninteractive $sudo env -u TMPDIR apt-get -o DPkg::Lock::Timeout=300 "$@" && return 0
+    $sudo env -u TMPDIR DEBIAN_FRONTEND=noninteractive apt-get -o DPkg::Lock::Timeout=300 "$@" && return 0
     echo "apt-get $1 failed (attempt $attempt); trying again in 10 seconds"
     sleep 10
   done
