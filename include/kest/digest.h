@@ -79,6 +79,21 @@ class KEST_API TShaDigest : public TMessageDigest {
   void Transform(unsigned int* state, const unsigned char* block) override;
 };
 
+class KEST_API THmac {
+ public:
+  THmac(TMessageDigest& digest, const unsigned char* key, int keyLength);
+  ~THmac();
+  void Update(const unsigned char* data, int length);
+  int Finish(unsigned char* mac, int length);
+  void Reset();
+
+ private:
+  TMessageDigest* digest;
+  bool started;
+  unsigned char innerKey[64];
+  unsigned char outerKey[64];
+};
+
 // A pseudo-random byte generator over any digest. Each block of output is the digest of a counter,
 // which then moves on: by a step of its own until Seed has been called twice, by an odd increment
 // from then on.
@@ -125,7 +140,30 @@ class KEST_API TMd5Prng : public TDigestPrng {
   TMd5Digest md5;
   unsigned char buffers[48];
 };
+
+struct KEST_API SBerItem {
+  unsigned char tag;
+  int length;
+  const unsigned char* value;
+};
+class KEST_API TInetChecksum {
+ public:
+  TInetChecksum();
+  void Update(const unsigned char* data, int length);
+  unsigned short GetCurrent() const;
+  void SetCurrent(unsigned short checksum, int length);
+  unsigned short Finish();
+  void Reset();
+
+ private:
+  unsigned int sum;
+  bool odd;
+};
+
 }  // namespace KEST
+
+using KEST::SBerItem;
+
 extern "C" {
 
 // Seed and Generate of the one TMd5Prng of the process, which lives from KestInitialize to the last
@@ -135,6 +173,12 @@ extern "C" {
 // nobody can guess, the bytes are the same in every run of every program.
 KEST_API void KestSeedRandom(const unsigned char* data, int length);
 KEST_API void KestGenerateRandom(unsigned char* out, int length);
+
+KEST_API int KestBerDecode(const unsigned char* data, int length, KEST::SBerItem* item);
+KEST_API int KestBerEncode(unsigned char* out, int size, const KEST::SBerItem* item);
+KEST_API int KestBinToBase64(const unsigned char* data, int length, unsigned short* text, int size);
+KEST_API int KestBase64ToBin(const unsigned short* text, unsigned char* out, int size);
+KEST_API unsigned short KestComputeChecksum(const unsigned char* data, int length);
 }
 
 // Called by the library frame and the platform layer.

@@ -230,6 +230,27 @@ class KEST_API TFileFinder : public TFileInfo {
   bool recursive;
 };
 
+class KEST_API TLibrary {
+ public:
+  static const unsigned short kLibraryExtension[];
+  TLibrary();
+  TLibrary(const TLibrary&) = delete;
+  TLibrary& operator=(const TLibrary&) = delete;
+  ~TLibrary();
+  bool Load(const TBstr& spec);
+  bool Free();
+  bool IsLoaded() const;
+  void* GetProcAddress(const TBstr& name) const;
+  const TBstr& GetFileSpec() const;
+  // Platform layer.
+  static void* LibraryLoad(const TBstr& spec);
+  static bool LibraryFree(void* handle);
+  static void* LibraryGetProcAddress(void* handle, const TBstr& name);
+
+ private:
+  void* handle;
+  TBstr spec;
+};
 }  // namespace KEST
 
 #endif  // KEST_FILE_H

@@ -4,6 +4,7 @@
 #define KEST_KEST_H
 
 #include "kest/collections.h"
+#include "kest/crypto.h"
 #include "kest/digest.h"
 #include "kest/export.h"
 #include "kest/file.h"
