@@ -36,6 +36,13 @@ class Random {
     return static_cast<int>(static_cast<unsigned int>(low) + (span != 0 ? Next() % span : Next()));
   }
 
+  // How many random cases a differential test runs: usual, or what the environment variable
+  // KEST_TEST_CASES asks for in a longer run.
+  static int Cases(int usual = 10000) {
+    const char* cases = getenv("KEST_TEST_CASES");
+    return cases != nullptr ? atoi(cases) : usual;
+  }
+
   std::vector<unsigned char> Bytes(int count) {
     std::vector<unsigned char> bytes(static_cast<size_t>(count));
     for (unsigned char& byte : bytes) byte = static_cast<unsigned char>(Next());
