@@ -1,4 +1,4 @@
-// Files, file specifications, directories and the search for files.
+// Files, file specifications, directories, the search for files, and modules loaded at run time.
 //
 // A file specification, or spec, is a path as text: its parts are separated by "/". True of all
 // that is here:
@@ -230,19 +230,58 @@ class KEST_API TFileFinder : public TFileInfo {
   bool recursive;
 };
 
+// A module: a shared object that is loaded at run time, with an entry pair that starts and stops
+// it. A module exports, with C linkage:
+//
+//   bool SharedLibInit(const char* path);  // path is absolute and 8-bit, and the caller's: copy it
+//   void SharedLibTerm(void);
+//
+// Without SharedLibInit a module is not loaded; SharedLibTerm may be missing. Both have to be
+// defined in the module itself: those of a library that it depends on, this one say, do not count.
+// SharedLibTerm is called before every unloading, also when SharedLibInit returned false or is
+// missing, so it has to be safe without a successful start. Both run on the thread that calls Load
+// or Free.
+//
+// Modules are counted by the system: one that two objects have loaded is started twice and stopped
+// twice, and leaves memory with the last.
 class KEST_API TLibrary {
  public:
+  // "so", without a dot: for building names. Load adds nothing to a name.
   static const unsigned short kLibraryExtension[];
+
+  // No module: every call but Load then gives false or null.
   TLibrary();
   TLibrary(const TLibrary&) = delete;
   TLibrary& operator=(const TLibrary&) = delete;
+
+  // Frees the module.
   ~TLibrary();
+
+  // Loads a module and starts it. Only the file that spec names is tried: there is no search path,
+  // and A BARE NAME IS LOADED FROM THE WORKING DIRECTORY. The directory part is made absolute and
+  // free of links; in the root it has to be written "//name". Functions that the module calls are
+  // bound when they are first called, and its symbols are not visible to other modules.
+  //
+  // False when a module is loaded already (it stays), spec is empty or has 4096 bytes or more, the
+  // directory does not exist, the system refuses the file or there is no memory; and, with the
+  // module stopped and unloaded again, when it has no SharedLibInit or that returned false.
   bool Load(const TBstr& spec);
+
+  // Stops the module and unloads it. False without a module, or when the system refuses; the object
+  // then keeps the module, which has been stopped all the same.
   bool Free();
+
   bool IsLoaded() const;
+
+  // The address of a function or variable by the name it is exported under, of the module itself or
+  // of a library that it depends on. Null when there is none. Not to be used after Free.
   void* GetProcAddress(const TBstr& name) const;
+
+  // As given to Load; empty without a module.
   const TBstr& GetFileSpec() const;
-  // Platform layer.
+
+  // Platform layer. LibraryLoad gives null for what Load refuses; LibraryFree stops the module
+  // whatever it returns.
   static void* LibraryLoad(const TBstr& spec);
   static bool LibraryFree(void* handle);
   static void* LibraryGetProcAddress(void* handle, const TBstr& name);
@@ -251,6 +290,7 @@ class KEST_API TLibrary {
   void* handle;
   TBstr spec;
 };
+
 }  // namespace KEST
 
 #endif  // KEST_FILE_H
