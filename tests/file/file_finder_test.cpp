@@ -17,6 +17,7 @@ using KEST::TFileFinder;
 using KEST::TFileInfo;
 using kest_test::TempTree;
 using kest_test::Text;
+using kest_test::WorkingDirectory;
 
 using Names = std::vector<std::string>;
 
@@ -43,18 +44,6 @@ Names FindAll(const std::string& spec, bool recursive) {
   TFileFinder finder;
   return FindAll(finder, spec, recursive);
 }
-
-// The working directory for as long as it lives.
-class WorkingDirectory {
- public:
-  explicit WorkingDirectory(const std::string& path) : before_(std::filesystem::current_path()) {
-    std::filesystem::current_path(path);
-  }
-  ~WorkingDirectory() { std::filesystem::current_path(before_); }
-
- private:
-  std::filesystem::path before_;
-};
 
 void ExpectNoEntry(const TFileFinder& finder) {
   EXPECT_TRUE(finder.name.IsEmpty());

@@ -71,6 +71,20 @@ class TempTree {
   std::string root;
 };
 
+// The working directory for as long as it lives.
+class WorkingDirectory {
+ public:
+  explicit WorkingDirectory(const std::string& path) : before_(std::filesystem::current_path()) {
+    std::filesystem::current_path(path);
+  }
+  ~WorkingDirectory() { std::filesystem::current_path(before_); }
+  WorkingDirectory(const WorkingDirectory&) = delete;
+  WorkingDirectory& operator=(const WorkingDirectory&) = delete;
+
+ private:
+  std::filesystem::path before_;
+};
+
 // Descriptors that the process has open.
 inline int OpenDescriptors() {
   const std::filesystem::directory_iterator all("/proc/self/fd");

@@ -1,0 +1,3 @@
+// No entry point of its own.
+
+#include "report.h"

@@ -1,0 +1,5 @@
+// A stop, no start.
+
+#include "report.h"
+
+extern "C" void SharedLibTerm(void) { ModuleStops(MODULE); }
