@@ -59,10 +59,11 @@ KEST_API int KestInitialize(KEST::SAllocator* allocator);
 // balance. Quit and join threads that wait for messages before the last call.
 KEST_API void KestUninitialize(void);
 
-// The entry pair that a module loader calls after loading and before unloading a module. path is
-// the module's file, 8-bit and terminated; it is copied, null counts as no path. Without memory for
-// the copy ModuleGetFileSpec is empty and the call still succeeds. Returns ModuleInit's result. One
-// SharedLibTerm for each SharedLibInit; neither touches the count of KestInitialize.
+// The entry pair that a module loader (TLibrary in kest/file.h) calls after loading and before
+// unloading a module; this is the library's own. path is the module's file, 8-bit and terminated;
+// it is copied, null counts as no path. Without memory for the copy ModuleGetFileSpec is empty and
+// the call still succeeds. Returns ModuleInit's result. One SharedLibTerm for each SharedLibInit;
+// neither touches the count of KestInitialize.
 KEST_API bool SharedLibInit(const char* path);
 KEST_API void SharedLibTerm(void);
 

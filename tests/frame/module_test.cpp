@@ -44,6 +44,27 @@ TEST(Module, InitSucceedsWithoutMemoryForThePath) {
   SharedLibTerm();
 }
 
+// Kept on purpose: what SharedLibTerm frees it does not forget, so each call takes an init before.
+TEST(Module, TermFreesThePathAndKeepsThePointer) {
+  static char block[16];
+  static void* freed;
+  freed = nullptr;
+  KEST::SAllocator hooks = {[](unsigned int) -> void* { return block; },
+                            [](void*, unsigned int) -> void* { return nullptr; },
+                            [](void* memory) { freed = memory; }};
+  KEST::MemInit(&hooks);
+  EXPECT_TRUE(SharedLibInit("/a/b.so"));
+  EXPECT_STREQ("/a/b.so", block);
+  SharedLibTerm();
+  EXPECT_EQ(block, freed);
+  freed = nullptr;
+  SharedLibTerm();
+  EXPECT_EQ(block, freed);
+  KEST::MemTerm();
+  ExpectSpec("/a/b.so");
+  EXPECT_TRUE(SharedLibInit(nullptr));
+}
+
 TEST(Module, ANullPathIsNoPath) {
   kest_test::TestAllocator allocator;
   EXPECT_TRUE(SharedLibInit(nullptr));
