@@ -1,12 +1,17 @@
-// Message digests (MD4, MD5, SHA-1) and the random generator built on them.
+// Message digests (MD4, MD5, SHA-1), HMAC and the random generator built on them, and three small
+// encodings of data: BER elements, base64 and the Internet checksum.
 //
 // True of all of them:
-//   Lengths    Bytes. A length below 0 does nothing; with a length of 0 the pointer may be null.
-//   Ownership  Nothing here keeps a caller's data or allocates, save RandInit. The generator keeps
-//              the address of its digest and of its buffers, which have to outlive it.
+//   Lengths    Bytes, but 16-bit units for the text of base64. A length below 0 does nothing; with
+//              a length of 0 the pointer may be null, save where it says otherwise.
+//   Ownership  Nothing here keeps a caller's data or allocates, save RandInit. HMAC and the
+//              generator keep the address of their digest, the generator that of its buffers too;
+//              these have to outlive them.
 //   Threads    No locking. Use an object from one thread at a time, or under a lock of yours; that
 //              goes for the generator of the process too.
-//   Failure    Nothing fails, save RandInit for want of memory.
+//   Failure    Digests, generator and checksum never fail, save RandInit for want of memory. HMAC
+//              refuses some keys. The encoders and decoders return 0 for input that they cannot
+//              take and for an output buffer that is too small.
 //
 // MD4, MD5 and SHA-1 no longer resist collisions. They are here for formats and protocols that call
 // for them, not for new designs.
@@ -79,19 +84,42 @@ class KEST_API TShaDigest : public TMessageDigest {
   void Transform(unsigned int* state, const unsigned char* block) override;
 };
 
+// HMAC, RFC 2104: a code that only those who have the key can compute, over any digest with blocks
+// of 64 bytes. Update and Finish as for a digest; each Finish is ready for the next message under
+// the same key.
+//
+// The message goes through the caller's digest, which nobody else may feed between the first Update
+// and Finish. A copy has the same key and shares the digest, so one of the two works at a time.
 class KEST_API THmac {
  public:
+  // Takes a copy of the key, 0 to 64 bytes. The digest is not touched yet. A longer key is refused,
+  // not digested first as RFC 2104 has it, and so is one of negative length; the key is not read
+  // then, Update does nothing, and Finish writes nothing and returns 0.
   THmac(TMessageDigest& digest, const unsigned char* key, int keyLength);
+
+  // Wipes the key. What the digest holds of a message without its Finish stays there.
   ~THmac();
+
+  // Feeds the next length bytes of the message. The first call feeds the key before them, also when
+  // length is 0.
   void Update(const unsigned char* data, int length);
+
+  // Ends the message: writes its code, all GetDigestSize() bytes of the digest, and returns their
+  // number. length is passed on to the digest, which does not look at it; callers pass 0.
+  //
+  // Without any Update the key has not been fed, and the result is not the code of the empty
+  // message, on purpose. For that one, call Update with length 0 first.
   int Finish(unsigned char* mac, int length);
+
+  // Forgets that a message was started, so that the next Update feeds the key again. It leaves the
+  // digest alone, with what it was fed: to discard a message, Reset the digest as well.
   void Reset();
 
  private:
-  TMessageDigest* digest;
-  bool started;
-  unsigned char innerKey[64];
-  unsigned char outerKey[64];
+  TMessageDigest* digest;      // null when the key was refused
+  bool started;                // the digest has been fed innerKey
+  unsigned char innerKey[64];  // the key and zeros, each byte xor 0x36
+  unsigned char outerKey[64];  // the same, xor 0x5c
 };
 
 // A pseudo-random byte generator over any digest. Each block of output is the digest of a counter,
@@ -141,23 +169,43 @@ class KEST_API TMd5Prng : public TDigestPrng {
   unsigned char buffers[48];
 };
 
+// One element of the Basic Encoding Rules, ITU-T X.690: a tag and its content.
 struct KEST_API SBerItem {
-  unsigned char tag;
-  int length;
-  const unsigned char* value;
+  unsigned char tag;           // the identifier octet, whole; longer tags are not supported
+  int length;                  // bytes of content; 0x7fffffff is the indefinite form
+  const unsigned char* value;  // the content, in memory of the caller's; null when there is none
 };
+
+// The Internet checksum, RFC 1071, of data that arrives in pieces of any length, odd ones too: the
+// complement of the one's complement sum of its big-endian 16-bit words. A last odd byte counts as
+// the high half of a word. Checksums are numbers: store them high byte first.
+//
+// Feed at most 128 KiB in one Update. From 131,074 bytes on, the carries of a single call can
+// outgrow their 32 bits, and the checksum is then wrong.
 class KEST_API TInetChecksum {
  public:
+  // Nothing summed yet.
   TInetChecksum();
+
+  // Adds the next length bytes. After an odd number of bytes a length of 0 takes one byte from data
+  // all the same, on purpose: do not pass empty pieces then.
   void Update(const unsigned char* data, int length);
+
+  // The checksum of the data so far; 0xffff when there was none.
   unsigned short GetCurrent() const;
+
+  // Continues after length bytes that gave checksum. Of length it matters only whether it is odd.
   void SetCurrent(unsigned short checksum, int length);
+
+  // GetCurrent, and then Reset.
   unsigned short Finish();
+
+  // Starts again with no data.
   void Reset();
 
  private:
-  unsigned int sum;
-  bool odd;
+  unsigned int sum;  // at most 0xffff between calls
+  bool odd;          // the next byte is the low half of a word
 };
 
 }  // namespace KEST
@@ -174,10 +222,42 @@ extern "C" {
 KEST_API void KestSeedRandom(const unsigned char* data, int length);
 KEST_API void KestGenerateRandom(unsigned char* out, int length);
 
+// Reads the element at the start of data. Returns the bytes that it takes, header and content, and
+// item's value points at the content; behind the header, when that is empty. Elements inside are
+// read by further calls on value and length.
+//
+// Returns 0 and a cleared item when length bytes do not hold the whole element. The indefinite form
+// has a length of 0x7fffffff and takes the 2 bytes of its header; its content is not looked at, and
+// may be missing. Any number of length octets is taken, and only the last four of them count.
 KEST_API int KestBerDecode(const unsigned char* data, int length, KEST::SBerItem* item);
+
+// Writes item to out, which has room for size bytes, and returns the bytes written. With a null
+// value only the header is written, and its size returned, for the caller to put the content behind
+// it; out needs room for both all the same. Otherwise the content is copied; it may lie in out.
+//
+// Only lengths up to 127 come out as X.690 has them, and can be decoded again. On purpose, 128 to
+// 65535 is written as 0x81 0x00, and from 65536 on as 0x82 0x00 and the low byte of the length.
+//
+// Returns 0, and writes nothing, when size is too small, and for lengths below 0 and from 2^24 on,
+// save the indefinite 0x7fffffff. On purpose, a size below 0 counts as a large one.
 KEST_API int KestBerEncode(unsigned char* out, int size, const KEST::SBerItem* item);
+
+// Writes length bytes as base64, RFC 4648 section 4: with padding, without line breaks, and with a
+// terminating zero. size, in units, is the room for all that: 4 for each 3 bytes begun, and 1.
+// Returns the units without the zero, which is 0 for no bytes. Returns 0, and writes nothing, when
+// size is too small, length is below 0 or the text would have more than INT_MAX units.
 KEST_API int KestBinToBase64(const unsigned char* data, int length, unsigned short* text, int size);
+
+// Reads base64 text up to its terminating zero, in groups of 4, into out, which has room for size
+// bytes. Returns the bytes written; 0 also for empty and for null text.
+//
+// Returns 0 at the first group that is cut short, has a unit outside the alphabet (line breaks and
+// blanks are) or does not fit; the groups before it are in out by then. Some odd text is accepted
+// on purpose: further groups behind a padded one, a letter after a "=" in the fourth place, and
+// bits other than 0 that the padding cuts off.
 KEST_API int KestBase64ToBin(const unsigned short* text, unsigned char* out, int size);
+
+// The TInetChecksum of length bytes, with its limit of 128 KiB; 0xffff for none.
 KEST_API unsigned short KestComputeChecksum(const unsigned char* data, int length);
 }
 
