@@ -1,104 +1,223 @@
+// Ciphers (DES, RC2, RC4, RSA) in one class tree, the front end TCrypter, and the unsigned big
+// integers that RSA computes with.
+//
+// True of all ciphers:
+//   Data       A cipher works in place, on the caller's buffer. Lengths are in bytes.
+//   Direction  An object encrypts or decrypts, as its constructor was told, for good.
+//   Messages   One may come in several calls. The call with final ends it, and the object is then
+//              ready for the next one under the same key.
+//   Failure    A returned length of 0; data and state are then as before. Nothing says more.
+//   Ownership  A key, a vector or data is not kept by address after the call. TCrypter keeps a
+//              reference to its cipher, which has to outlive it. Destructors wipe the key.
+//   Threads    No locking: even decryption changes the object. Use one from one thread at a time.
+//   Copies     A copied DES, RC2 or RC4 cipher goes on from the same place in the message, on its
+//              own.
+//
+// All of these are here for compatibility, not for new designs: DES, RC2 and RC4 have been broken,
+// as has the padding of PKCS #1 v1.5 that RSA uses. Nothing here authenticates: whoever can change
+// ciphertext changes the plaintext, and the length that its padding gives.
+
 #ifndef KEST_CRYPTO_H
 #define KEST_CRYPTO_H
 
 #include "kest/string.h"
+
 namespace KEST {
+
+// The root of all ciphers.
 class KEST_API TCipher {
  public:
+  // Every value but kOpEncrypt routes data to decryption.
   enum ECipherOp : int { kOpEncrypt = 0, kOpDecrypt = 1 };
+
   virtual ~TCipher() = 0;
+
+  // Takes key or parameters from the BER structure at ber, of at most len bytes. Returns the number
+  // of bytes accepted; 0 on failure, and where the cipher cannot read any, as DES, RC2 and RC4.
   virtual int BerInit(const unsigned char* ber, int len) = 0;
+
+  // Writes key or parameters as a BER structure into buf, which has room for size bytes. Returns
+  // the number of bytes written; 0, with nothing written, when there is no room or no such
+  // structure.
   virtual int BerDump(unsigned char* buf, int size) = 0;
+
+  // 0 for an RSA cipher, 1 for a block cipher, 2 for a stream cipher.
   virtual int GetType() = 0;
+
+  // Works on len bytes at data, the next part of a message, or with final the last one. Returns how
+  // many bytes of result data then holds.
   virtual int ProcessData(unsigned char* data, int len, bool final) = 0;
 
  protected:
-  TCipher();
+  TCipher();  // kOpEncrypt
   TCipher(ECipherOp op);
+
   ECipherOp op;
 };
+
+// A block cipher with its chaining mode and padding. A subclass supplies ProcessBlock and
+// GetBlockSize, from 1 to 8 bytes; with any other block size nothing is done and lengths are 0.
+//
+// Modes are ECB and CBC of FIPS 81. The last part of a message is padded as in PKCS #7: 1 byte to a
+// whole block, each byte holding the number of bytes added.
 class KEST_API TBlockCipher : public TCipher {
  public:
   enum ECipherMode : int { kModeCbc = 0, kModeEcb = 1 };
+
   ~TBlockCipher() override;
   int GetType() override;
+
+  // EncryptData or DecryptData, by the direction.
   int ProcessData(unsigned char* data, int len, bool final) override;
+
+  // Encrypts or decrypts one block in place, without chaining.
   virtual void ProcessBlock(unsigned char* block) const = 0;
+
+  // Bytes in a block.
   virtual int GetBlockSize() const = 0;
+
+  // CBC until it is called. Any other value than the two is accepted, and then NOTHING IS
+  // ENCRYPTED: data, padding and chain stay untouched while the lengths are returned as if.
   void SetMode(ECipherMode mode);
+
+  // Copies one block from iv as the initial vector and starts a message; null stands for zeros.
+  // Without a call the vector is zeros too.
   void SetIv(const unsigned char* iv);
+
+  // Encrypts len bytes, and with final the padding behind them, for which data needs room: up to a
+  // block more than len. Returns how many bytes of ciphertext data holds. Without final len has to
+  // be whole blocks. Final in CBC goes back to the initial vector.
+  //
+  // Returns 0 and does nothing when len is below 0, is not whole blocks, or does not fit an int
+  // when padded.
   int EncryptData(unsigned char* data, int len, bool final);
+
+  // Decrypts len bytes, which always have to be whole blocks. Returns how many bytes of plaintext
+  // data holds: len, and with final as many fewer as its last byte says, but at most a block. Final
+  // in CBC goes back to the initial vector.
+  //
+  // That last byte is all that is looked at. A padding of 0, above the block size or with other
+  // bytes in it is no failure, so that a wrong key goes unnoticed: check the message itself.
+  //
+  // Returns 0 and does nothing when len is below 0 or not whole blocks; a final len of 0 gives 0.
   int DecryptData(unsigned char* data, int len, bool final);
+
+  // dst[k] ^= src[k] for n bytes; nothing when n is below 1.
   static void XorBlock(unsigned char* dst, const unsigned char* src, int n);
 
  protected:
-  TBlockCipher();
+  TBlockCipher();  // kOpEncrypt
   TBlockCipher(ECipherOp op);
+
   ECipherMode mode;
   unsigned char iv[8];
-  unsigned char chain[8];
+  unsigned char chain[8];  // what CBC mixes into the next block: the ciphertext before it
 };
+
+// A stream cipher: any number of bytes, no padding. A subclass supplies ProcessStream and Reset.
 class KEST_API TStreamCipher : public TCipher {
  public:
   ~TStreamCipher() override;
   int GetType() override;
+
+  // ProcessStream, and with final Reset after it. Always returns len.
   int ProcessData(unsigned char* data, int len, bool final) override;
+
+  // Works len bytes of keystream into data, from where the last call stopped.
   virtual void ProcessStream(unsigned char* data, int len) = 0;
+
+  // Goes back to the start of the keystream, under the same key.
   virtual void Reset() = 0;
 
  protected:
-  TStreamCipher();
+  TStreamCipher();  // kOpEncrypt
   TStreamCipher(ECipherOp op);
 };
+
+// The root of the public-key ciphers, which TCrypter tells apart by it.
 class KEST_API TRsaCipher : public TCipher {
  public:
   ~TRsaCipher() override;
   int GetType() override;
 
  protected:
-  TRsaCipher();
+  TRsaCipher();  // kOpEncrypt
   TRsaCipher(ECipherOp op);
 };
+
+// Single DES, FIPS 46-3: blocks of 8 bytes, a key of 8 bytes.
 class KEST_API TDesCipher : public TBlockCipher {
  public:
+  // Always reads 8 bytes of key; keyLength is not looked at, on purpose. Neither parity nor weak
+  // keys are checked. An op that is neither of the two decrypts in DecryptData's way but by
+  // encrypting each block, on purpose.
   TDesCipher(TCipher::ECipherOp op, const unsigned char* key, int keyLength);
   ~TDesCipher() override;
+
+  // Always 0.
   int BerInit(const unsigned char* ber, int len) override;
+
+  // The algorithm identifier 1.3.14.3.2.7 (DES in CBC, whatever the mode is) with the initial
+  // vector, 21 bytes. The vector is wrapped in a SEQUENCE of its own, on purpose.
   int BerDump(unsigned char* buf, int size) override;
+
   void ProcessBlock(unsigned char* block) const override;
   int GetBlockSize() const override;
 
  private:
-  unsigned int schedule[32];
+  unsigned int schedule[32];  // two words a round, in the order of use
 };
+
+// RC2, RFC 2268: blocks of 8 bytes, a key of 1 to 128 bytes, of whose strength effectiveBits are
+// left.
 class KEST_API TRc2Cipher : public TBlockCipher {
  public:
+  // keyLength counts as the nearest of 1 to 128; at least one byte is read. effectiveBits of 0, and
+  // below 0 or above 1024, stand for 1024.
   TRc2Cipher(TCipher::ECipherOp op, const unsigned char* key, int keyLength, int effectiveBits);
   ~TRc2Cipher() override;
+
+  // Always 0.
   int BerInit(const unsigned char* ber, int len) override;
+
+  // The algorithm identifier 1.2.840.113549.3.2 (RC2 in CBC, whatever the mode is) with version and
+  // initial vector: 27 bytes for 128 effective bits (version 58) and 56 (120), 28 for 40 (160).
+  // Other effective bits give 0. The 120 is what RFC 2268 has for 64 bits; it is written for 56 on
+  // purpose.
   int BerDump(unsigned char* buf, int size) override;
+
   void ProcessBlock(unsigned char* block) const override;
   int GetBlockSize() const override;
 
  private:
   unsigned short expandedKey[64];
-  int effectiveBits;
+  int effectiveBits;  // as given
 };
+
+// RC4. The keystream begins with its first byte, none is discarded, and it is the same in both
+// directions. Two messages under one key therefore give away their difference.
 class KEST_API TRc4Cipher : public TStreamCipher {
  public:
+  // A keyLength below 1 counts as 1; bytes of the key behind the first 256 have no effect.
   TRc4Cipher(TCipher::ECipherOp op, const unsigned char* key, int keyLength);
   ~TRc4Cipher() override;
+
+  // Both always 0.
   int BerInit(const unsigned char* ber, int len) override;
   int BerDump(unsigned char* buf, int size) override;
+
+  // Nothing when len is below 1.
   void ProcessStream(unsigned char* data, int len) override;
+
   void Reset() override;
 
  private:
-  unsigned char keyState[256];
+  unsigned char keyState[256];  // the permutation that the key gives
   unsigned char state[256];
   unsigned int i;
   unsigned int j;
 };
+
 class KEST_API TRsaPublicCipher : public TRsaCipher {
  public:
   TRsaPublicCipher(TCipher::ECipherOp op);
@@ -122,17 +241,27 @@ class KEST_API TRsaPublicCipher : public TRsaCipher {
   unsigned char* exponent;
   int exponentSize;
 };
+
+// Runs data through a cipher that it refers to and does not own. Copies refer to the same cipher.
 class KEST_API TCrypter {
  public:
+  // Sets the cipher's mode and initial vector; a null iv stands for zeros.
   TCrypter(TBlockCipher& cipher, TBlockCipher::ECipherMode mode, const unsigned char* iv);
   TCrypter(TStreamCipher& cipher);
   TCrypter(TRsaCipher& cipher);
+
+  // The cipher's ProcessData, in place.
   int CryptData(unsigned char* data, int len, bool final);
+
+  // The same on a copy of the len bytes at in, made in out. The two may overlap, or be one. out
+  // needs room for the result: for final encryption up to a block more than len, for RSA the size
+  // of the modulus. When the cipher refuses, out holds the copy.
   int CryptData(const unsigned char* in, int len, unsigned char* out, bool final);
 
  private:
   TCipher& cipher;
 };
+
 class KEST_API TBigInt {
  public:
   TBigInt();
