@@ -262,32 +262,95 @@ class KEST_API TCrypter {
   TCipher& cipher;
 };
 
+// An integer from 0 up, of any size: 32-bit words, least significant first.
+//
+// True of all members:
+//   Results    The operations are static, write their first arguments and return false on failure:
+//              for want of memory, or with a divisor of 0. A result may be an operand too.
+//   Failure    A failed result keeps its value, unless it was resized already. A constructor
+//              without memory gives 0, assignment then changes nothing.
+//   Memory     Buffers grow in steps of 8 words and never shrink, so a result that is used again
+//              costs no request. They are wiped before they are freed, for values may be secret.
+//   Normal     After every operation the top word is not 0, and 0 has no words. AdjustBuffer alone
+//              leaves that to FixLength.
+//   Time       Depends on the values: not for a secret that an attacker can watch being used.
+//
+// The constructors convert: TBigInt::ExpMod(r, 4, 13, 497).
 class KEST_API TBigInt {
  public:
   TBigInt();
   TBigInt(const TBigInt& other);
+
+  // value read as unsigned: -1 is 0xFFFFFFFF.
   TBigInt(int value);
+
+  // Hexadecimal text, most significant digit first. Units that are no digits are skipped, so 0x1F
+  // is 31, and "no digits" is 0xD. Null is 0.
   TBigInt(const unsigned short* text);
+
+  // Big-endian bytes. A len below 1 gives 0.
   TBigInt(const unsigned char* bytes, int len);
   ~TBigInt();
   TBigInt& operator=(const TBigInt& other);
+
+  // The low word; the others are ignored.
   int ToInt() const;
+
+  // Upper-case hexadecimal without prefix or leading zeros; empty without memory.
   TBstr ToString() const;
+
+  // Writes the value big-endian, in whole words, and returns 4 * GetLength(); 0 with nothing
+  // written when that is above size.
+  //
+  // RIGHT ONLY WITH UP TO 3 BYTES TO SPARE, which are zeroed in front of the value. With more, as
+  // many bytes in front are zeroed, but for every four of them a word is left out at the top of
+  // the value, and four bytes at the end of buf are not written. A value of 0 zeroes all of buf and
+  // returns 0.
   int Dump(unsigned char* buf, int size) const;
+
+  // Below 0, 0 or above 0 as a is below, equal to or above b; any number, not only 1.
   static int Cmp(const TBigInt& a, const TBigInt& b);
+
   static bool Add(TBigInt& r, const TBigInt& a, const TBigInt& b);
+
+  // a has to be b at least. If not, the result has no use, and nothing reports that.
   static bool Sub(TBigInt& r, const TBigInt& a, const TBigInt& b);
   static bool Mul(TBigInt& r, const TBigInt& a, const TBigInt& b);
+
+  // Quotient and remainder; one object for both ends up with the remainder. With a d of 0 neither
+  // is touched.
   static bool Div(TBigInt& q, TBigInt& rem, const TBigInt& a, const TBigInt& d);
+
+  // a * b mod m. With an m of 0 r is not touched.
   static bool MulMod(TBigInt& r, const TBigInt& a, const TBigInt& b, const TBigInt& m);
+
+  // base^exp mod m. Always true: an m of 0 gives 1, and no memory gives 0. An exp of 0 gives 1 even
+  // when m is 1.
   static bool ExpMod(TBigInt& r, const TBigInt& base, const TBigInt& exp, const TBigInt& m);
+
+  // a * 2^bits, and a / 2^bits rounded down. A negative count is refused.
   static bool Shl(TBigInt& r, const TBigInt& a, int bits);
   static bool Shr(TBigInt& r, const TBigInt& a, int bits);
+
+  // Makes room for words words and sets the length to that. With keep the old words stay; new ones
+  // are 0 when the buffer had to grow, and otherwise hold whatever was there. Without keep all are
+  // 0. False with nothing changed for a negative count, or without memory.
   bool AdjustBuffer(int words, bool keep);
+
+  // Drops zero words from the top.
   void FixLength();
+
+  // The low half of a * b; high gets the other one.
   static unsigned int WordMul(unsigned int& high, unsigned int a, unsigned int b);
+
+  // The low half of (high * 2^32 + low) / d; 0 when d is 0. The low word comes first.
   static unsigned int WordDiv(unsigned int low, unsigned int high, unsigned int d);
+
+  // Significant bits of w: 0 for 0, 32 with the top bit.
   static int WordBits(unsigned int w);
+
+  // Words in use, words allocated, and the words: null when there is no buffer. Only those below
+  // GetLength() mean anything.
   int GetLength() const { return length; }
   int GetCapacity() const { return capacity; }
   const unsigned int* GetWords() const { return words; }
