@@ -218,21 +218,65 @@ class KEST_API TRc4Cipher : public TStreamCipher {
   unsigned int j;
 };
 
+// RSA with a public key, PKCS #1 version 1.5 (RFC 2313), on one block as long as the modulus: it
+// encrypts a short message for the holder of the private key, or takes the message out of a block
+// that the private key has signed. There is no operation with a private key.
+//
+// A key has two parts, modulus and public exponent, both big-endian bytes. The cipher keeps copies.
+// While one of them is null there is no key, and nothing is encrypted or decrypted.
+//
+// TBigInt::Dump writes the results, which has consequences for a modulus whose length is not a
+// multiple of 4. Decryption works when it is one byte more, and returns 0 when it is two or three
+// more; encryption mostly returns 0 for all three.
+//
+// Padding is checked leniently, see DecryptData: COMPARE THE WHOLE MESSAGE with the one expected,
+// its length included.
 class KEST_API TRsaPublicCipher : public TRsaCipher {
  public:
+  // Without a key: BerInit or Construct loads one.
   TRsaPublicCipher(TCipher::ECipherOp op);
+
+  // With a key, see Construct, whose failure is not reported: nothing works then.
   TRsaPublicCipher(TCipher::ECipherOp op, const unsigned char* modulus, int modulusLen,
                    const unsigned char* exponent, int exponentLen);
   TRsaPublicCipher(const TRsaPublicCipher&) = delete;
   TRsaPublicCipher& operator=(const TRsaPublicCipher&) = delete;
   ~TRsaPublicCipher() override;
+
+  // Loads a DER SubjectPublicKeyInfo (RFC 5280), len bytes with whatever follows it. Returns len;
+  // 0 with the key as it was when this is no such structure, and 0 with a part of it gone when
+  // there is no memory.
+  //
+  // Only tags and lengths are checked, not the algorithm or the unused bits. The first byte of the
+  // modulus is dropped whatever it is: it is taken for the zero that DER puts before a top bit.
   int BerInit(const unsigned char* ber, int len) override;
+
+  // Always 0: a key is not written.
   int BerDump(unsigned char* buf, int size) override;
+
+  // EncryptData or DecryptData, as the constructor was told.
   int ProcessData(unsigned char* data, int len, bool final) override;
+
+  // Copies both parts of a key, in place of an earlier one. A part that is null or finds no memory
+  // leaves null in its place, with the length of the one before. True when both are there. A
+  // negative length gives false and changes nothing.
   bool Construct(const unsigned char* modulus, int modulusLen, const unsigned char* exponent,
                  int exponentLen);
+
+  // Encrypts a message of 0 to GetModulusSize() - 11 bytes in one call, with final, in place: data
+  // has room for GetModulusSize() bytes. The padding comes from KestGenerateRandom. Returns the
+  // bytes written, normally GetModulusSize(); 0 for other lengths, without final, key, generator or
+  // memory.
   int EncryptData(unsigned char* data, int len, bool final);
+
+  // Takes the message out of a signed block of up to GetModulusSize() bytes, in one call with
+  // final. It is written to the start of data, which has room for GetModulusSize() bytes, and its
+  // length is returned. 0 with data as it was for longer blocks, without final, key or memory, when
+  // the block is not 00 01, FF any number of times, 00, message, and when the message is empty.
+  // There need not be a single FF, on purpose.
   int DecryptData(unsigned char* data, int len, bool final);
+
+  // Bytes in the modulus, which are those of a block; 0 before the first key.
   int GetModulusSize() const;
 
  private:
