@@ -1,0 +1,182 @@
+// What the HTML functions do, one step after the other as they are described, and texts to try.
+
+#ifndef KEST_TESTS_TEXT_HTML_MODEL_H
+#define KEST_TESTS_TEXT_HTML_MODEL_H
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "kest/text.h"
+#include "support/random.h"
+#include "support/test_allocator.h"
+#include "support/text.h"
+
+namespace kest_test {
+
+struct MarkupRow {
+  std::u16string character, entity;
+};
+
+inline const MarkupRow kMarkupRows[] = {
+    {u"&", u"&amp;"},
+    {u"<", u"&lt;"},
+    {u">", u"&gt;"},
+    {u"\"", u"&quot;"},
+};
+
+inline std::u16string ReplaceAll(std::u16string text, const std::u16string& from,
+                                 const std::u16string& to) {
+  for (size_t at = 0; (at = text.find(from, at)) != text.npos; at += to.size()) {
+    text.replace(at, from.size(), to);
+  }
+  return text;
+}
+
+inline std::u16string PlainEscape(const std::u16string& source) {
+  std::u16string text = source;
+  for (const MarkupRow& row : kMarkupRows) text = ReplaceAll(text, row.character, row.entity);
+  return text;
+}
+
+inline std::u16string PlainUnescape(const std::u16string& text) {
+  std::u16string out;
+  size_t start = text.npos;
+  for (size_t i = 0; i < text.size(); ++i) {
+    if (text[i] == '&') {
+      start = i;
+    } else if (start == text.npos) {
+      out += text[i];
+    } else if (text[i] == ';') {
+      for (const MarkupRow& row : kMarkupRows) {
+        if (text.substr(start, i + 1 - start) == row.entity) out += row.character;
+      }
+      start = text.npos;
+    }
+  }
+  return out;
+}
+
+inline std::u16string PlainDocument(const std::u16string& text) {
+  return u"<HTML><BODY>" + ReplaceAll(PlainEscape(text), u"\r\n", u"<BR>") + u"</BODY></HTML>";
+}
+
+inline std::u16string PlainStrip(const std::u16string& html) {
+  std::u16string text;
+  size_t start = html.npos;
+  for (size_t i = 0; i < html.size(); ++i) {
+    if (html[i] == '<') {
+      start = i;
+    } else if (start == html.npos) {
+      text += html[i];
+    } else if (html[i] == '>') {
+      const std::u16string tag = html.substr(start, i + 1 - start);
+      if (tag == u"<BR>" || tag == u"<br>" || tag == u"<Br>" || tag == u"<bR>") text += u"\r\n";
+      start = html.npos;
+    }
+  }
+  return PlainUnescape(text);
+}
+
+// One of the four functions and its model.
+struct HtmlFunction {
+  const char* name;
+  void (*function)(const unsigned short* source, KEST::TBstr& result);
+  std::u16string (*model)(const std::u16string& source);
+};
+
+inline void ExpectResult(const HtmlFunction& tested, const std::u16string& source) {
+  KEST::TBstr result(KEST_TEXT("old"));
+  tested.function(Units(source), result);
+  ASSERT_EQ(tested.model(source), TextOf(result))
+      << tested.name << " of " << testing::PrintToString(source);
+  ASSERT_EQ(0, result.GetString()[result.GetLength()]);
+}
+
+// Every text of up to longest units over the alphabet.
+inline void ExpectResultOfEveryText(const HtmlFunction& tested, const std::u16string& alphabet,
+                                    size_t longest) {
+  std::vector<size_t> digits;
+  while (digits.size() <= longest) {
+    std::u16string text;
+    for (size_t digit : digits) text += alphabet[digit];
+    ExpectResult(tested, text);
+    if (testing::Test::HasFatalFailure()) return;
+    size_t place = 0;
+    while (place < digits.size() && ++digits[place] == alphabet.size()) digits[place++] = 0;
+    if (place == digits.size()) digits.push_back(0);
+  }
+}
+
+// Random texts of pieces of markup, whole and broken, among units that are none.
+inline void ExpectResultOfRandomTexts(const HtmlFunction& tested) {
+  static const std::u16string kPieces[] = {
+      u"&",      u"&",      u"<",      u"<",      u">",      u">",      u"\"",     u";",
+      u";",      u"#",      u" ",      u"\n",     u"\r",     u"\r\n",   u"0",      u"65",
+      u"x",      u"amp",    u"lt",     u"quot",   u"B",      u"R",      u"/",      u"\u0085",
+      u"\u00A0", u"\u0126", u"\u013C", u"\u223C", u"\xD83D", u"\xDE00", u"\uFFFF", u"&amp;",
+      u"&lt;",   u"&gt;",   u"&quot;", u"&nbsp;", u"&AMP;",  u"&#38;",  u"<BR>",   u"<br>",
+      u"<Br/>",  u"<p>",    u"</p>",   u"<!--",   u"&amp",   u"<BR",
+  };
+  Random random;
+  SCOPED_TRACE(random.Seed());
+  for (int i = Random::Cases(); i > 0; --i) {
+    std::u16string text;
+    // Now and then around the length from which the text is too long for the stack.
+    if (random.Between(0, 9) == 0) text.assign(static_cast<size_t>(random.Between(110, 130)), u'a');
+    for (int pieces = random.Between(0, 12); pieces > 0; --pieces) {
+      text.insert(random.Next() % (text.size() + 1), kPieces[random.Next() % std::size(kPieces)]);
+    }
+    ExpectResult(tested, text);
+    if (testing::Test::HasFatalFailure()) return;
+  }
+}
+
+// The source anywhere in the result's own text, in blocks of their own and in long ones.
+inline void ExpectResultOfOwnText(const HtmlFunction& tested) {
+  const std::u16string text = u"a&lt;<BR>\"b\r\n&<i>x</i>>c&amp;&nbsp;";
+  for (const std::u16string& whole : {text, text + std::u16string(150, u'x') + text}) {
+    for (size_t start = 0; start <= whole.size(); ++start) {
+      KEST::TBstr s = Bstr(whole);
+      tested.function(s.GetString() + start, s);
+      ASSERT_EQ(tested.model(whole.substr(start)), TextOf(s)) << tested.name << ' ' << start;
+    }
+  }
+}
+
+// What is left of a string that held other text, zero units and an 8-bit copy; and what a source
+// holds behind its terminator.
+inline void ExpectAWholeNewText(const HtmlFunction& tested) {
+  const std::u16string source(u"a<b>\"c\" &gt;\0behind", 19);
+  KEST::TBstr result = Bstr(std::u16string(u"old\0text, which is longer than the new one", 42));
+  result.GetMultibyteString();
+  tested.function(Units(source), result);
+  const std::u16string expected = tested.model(source.c_str());
+  EXPECT_EQ(expected, TextOf(result)) << tested.name;
+  EXPECT_EQ(std::string(expected.begin(), expected.end()), result.GetMultibyteString());
+}
+
+// With every request refused in turn: the right text; or no text; or, for as long as the first
+// temporaries requests go, the old one.
+inline void ExpectTheFailureRule(const HtmlFunction& tested, const std::u16string& source,
+                                 int temporaries) {
+  SCOPED_TRACE(tested.name + testing::PrintToString(source));
+  ForEachRefusedRequest([&](TestAllocator& allocator) {
+    KEST::TBstr result(KEST_TEXT("old"));
+    if (result.IsEmpty()) return;
+    const int before = allocator.Requests(), refused = allocator.Refused();
+    tested.function(Units(source), result);
+    const int requests = allocator.Requests() - before;
+    if (allocator.Refused() == refused) {
+      EXPECT_EQ(tested.model(source), TextOf(result));
+      EXPECT_EQ(temporaries + 1, requests);
+    } else {
+      EXPECT_EQ(requests <= temporaries ? u"old" : u"", TextOf(result)) << requests;
+    }
+  });
+}
+
+}  // namespace kest_test
+
+#endif  // KEST_TESTS_TEXT_HTML_MODEL_H

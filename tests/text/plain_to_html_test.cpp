@@ -1,0 +1,121 @@
+#include <gtest/gtest.h>
+
+#include "kest/text.h"
+#include "support/test_allocator.h"
+#include "support/text.h"
+#include "text/html_model.h"
+
+using KEST::TBstr;
+using kest_test::TestAllocator;
+using kest_test::TextOf;
+using kest_test::Units;
+
+namespace {
+
+constexpr kest_test::HtmlFunction kPlainToHtml = {"plain to HTML", KestPlainToHtml,
+                                                  kest_test::PlainDocument};
+
+const std::u16string kHead = u"<HTML><BODY>";
+const std::u16string kTail = u"</BODY></HTML>";
+
+}  // namespace
+
+TEST(PlainToHtml, Rows) {
+  struct {
+    std::u16string plain, body;
+  } const kRows[] = {
+      {u"a\r\nb\nc", u"a<BR>b\nc"},
+      {u"", u""},
+      {u"plain", u"plain"},
+      {u"\r\n", u"<BR>"},
+      {u"\r\n\r\n", u"<BR><BR>"},
+      {u"\r\nx\r\n", u"<BR>x<BR>"},
+      // CR and LF alone, and in the other order, stay.
+      {u"a\rb", u"a\rb"},
+      {u"a\nb", u"a\nb"},
+      {u"a\n\rb", u"a\n\rb"},
+      {u"a\r\r\nb", u"a\r<BR>b"},
+      {u"a\r\n\nb", u"a<BR>\nb"},
+      {u"a\r", u"a\r"},
+      {u"\n", u"\n"},
+      {u"a\r \nb", u"a\r \nb"},
+      // The line breaks are put in after the escaping.
+      {u"<BR>", u"&lt;BR&gt;"},
+      {u"<\r\n>", u"&lt;<BR>&gt;"},
+      {u"&\r\n&amp;", u"&amp;<BR>&amp;amp;"},
+      {u"\"\r\n\"", u"&quot;<BR>&quot;"},
+      // No conversion takes place in the text.
+      {u"%s %d %% %n", u"%s %d %% %n"},
+      {u"\u0085\u00A0\u2028\u010D\u010A", u"\u0085\u00A0\u2028\u010D\u010A"},
+  };
+  for (const auto& row : kRows) {
+    TBstr html(KEST_TEXT("old"));
+    KestPlainToHtml(Units(row.plain), html);
+    EXPECT_EQ(kHead + row.body + kTail, TextOf(html));
+  }
+}
+
+TEST(PlainToHtml, NullIsEmptyText) {
+  TBstr html(KEST_TEXT("old"));
+  KestPlainToHtml(nullptr, html);
+  EXPECT_EQ(u"<HTML><BODY></BODY></HTML>", TextOf(html));
+}
+
+TEST(PlainToHtml, EveryUnit) {
+  for (int unit = 1; unit <= 0xFFFF; ++unit) {
+    kest_test::ExpectResult(kPlainToHtml, std::u16string(1, static_cast<char16_t>(unit)));
+    if (HasFatalFailure()) return;
+  }
+}
+
+TEST(PlainToHtml, EveryShortText) {
+  kest_test::ExpectResultOfEveryText(kPlainToHtml, u"\r\n&<a", 6);
+}
+
+TEST(PlainToHtml, RandomTexts) { kest_test::ExpectResultOfRandomTexts(kPlainToHtml); }
+
+TEST(PlainToHtml, TheSourceMayBeTheResultsOwnText) {
+  kest_test::ExpectResultOfOwnText(kPlainToHtml);
+}
+
+TEST(PlainToHtml, ReplacesTheWholeResult) { kest_test::ExpectAWholeNewText(kPlainToHtml); }
+
+// So many that work that grows with the square of the length would never end.
+TEST(PlainToHtml, LongRunsTakeLinearTime) {
+  constexpr int kMany = 400000;
+  struct {
+    std::u16string piece, result;
+  } const kRows[] = {
+      {u"\r\n", u"<BR>"}, {u"\r", u"\r"}, {u"\n", u"\n"},
+      {u"\"", u"&quot;"}, {u"a", u"a"},   {u"\n\r", u"\n\r"},
+  };
+  for (const auto& row : kRows) {
+    std::u16string plain, expected = kHead;
+    for (int i = 0; i < kMany; ++i) plain += row.piece;
+    for (int i = 0; i < kMany; ++i) expected += row.result;
+    if (row.piece == u"\n\r") {
+      expected = kHead + u"\n";
+      for (int i = 1; i < kMany; ++i) expected += u"<BR>";
+      expected += u"\r";
+    }
+    expected += kTail;
+    TBstr html;
+    KestPlainToHtml(Units(plain), html);
+    EXPECT_TRUE(expected == TextOf(html)) << testing::PrintToString(row.piece);
+  }
+}
+
+TEST(PlainToHtml, BuildsTheResultInOneBlock) {
+  TestAllocator allocator;
+  TBstr html;
+  KestPlainToHtml(KEST_TEXT("<\r\n&\r\n\""), html);
+  EXPECT_EQ(1, allocator.Requests());
+  EXPECT_EQ(2u * (12 + 4 + 4 + 5 + 4 + 6 + 14) + 6, allocator.LastSize());
+}
+
+TEST(PlainToHtml, WithoutMemoryTheResultIsEmpty) {
+  kest_test::ExpectTheFailureRule(kPlainToHtml, u"", 0);
+  kest_test::ExpectTheFailureRule(kPlainToHtml, u"plain", 0);
+  kest_test::ExpectTheFailureRule(kPlainToHtml, u"a\r\n&b", 0);
+  kest_test::ExpectTheFailureRule(kPlainToHtml, std::u16string(500, u'<'), 0);
+}
