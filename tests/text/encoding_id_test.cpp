@@ -121,8 +121,8 @@ TEST(EncodingId, EveryUnitOfANameCounts) {
   for (const auto& encoding : kEncodings) {
     for (size_t i = 0; i < encoding.name.size(); ++i) {
       const int right = encoding.name[i];
+      std::u16string name = encoding.name;
       for (int unit = 1; unit <= 0xFFFF; ++unit) {
-        std::u16string name = encoding.name;
         name[i] = static_cast<char16_t>(unit);
         const bool same =
             unit == right || (right >= 'a' && right <= 'z' && unit == right - 'a' + 'A');

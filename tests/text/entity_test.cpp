@@ -1,6 +1,4 @@
 #include <gtest/gtest.h>
-#include <sys/mman.h>
-#include <unistd.h>
 
 #include "kest/text.h"
 #include "support/test_allocator.h"
@@ -117,42 +115,6 @@ TEST(EntityEscape, WithoutMemoryTheSourcesOwnStringIsEmpty) {
   allocator.Refuse(1, TestAllocator::kOnlyOne);
   KestEntityEscape(out.GetString(), out);
   EXPECT_TRUE(out.IsEmpty());
-}
-
-// The length of the escaped text passes 32 bits: 715,827,883 times '"' in 1.3 GiB of address space,
-// where the same MiB of memory is mapped again and again.
-TEST(EntityEscape, TextTooLongForAStringIsAFailure) {
-  constexpr size_t kChunk = 1 << 20, kQuotes = 715827883, kSize = kChunk * 1366;
-  static_assert(kSize > 2 * kQuotes && 6ull * kQuotes > 0x100000000);
-  const int memory = memfd_create("quotes", 0);
-  ASSERT_GE(memory, 0);
-  ASSERT_EQ(0, ftruncate(memory, kChunk));
-  void* place = mmap(nullptr, kSize, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
-  if (place == MAP_FAILED) {
-    close(memory);
-    GTEST_SKIP() << "no address space";
-  }
-  char* text = static_cast<char*>(place);
-  const int access = PROT_READ | PROT_WRITE;
-  for (size_t at = 0; at < kSize; at += kChunk) {
-    ASSERT_EQ(text + at, mmap(text + at, kChunk, access, MAP_SHARED | MAP_FIXED, memory, 0));
-  }
-  std::fill_n(reinterpret_cast<unsigned short*>(text), kChunk / 2, u'"');
-  // The last chunk is memory of its own, for the terminator.
-  constexpr size_t kEnd = 2 * kQuotes / kChunk * kChunk;
-  ASSERT_EQ(text + kEnd, mmap(text + kEnd, kChunk, access, MAP_PRIVATE | MAP_FIXED, memory, 0));
-  unsigned short* units = reinterpret_cast<unsigned short*>(text);
-  units[kQuotes] = 0;
-  {
-    TestAllocator allocator;
-    TBstr out(KEST_TEXT("old"));
-    allocator.Reset();
-    KestEntityEscape(units, out);
-    EXPECT_TRUE(out.IsEmpty());
-    EXPECT_EQ(0, allocator.Requests());
-  }
-  munmap(place, kSize);
-  close(memory);
 }
 
 TEST(EntityUnescape, Rows) {
