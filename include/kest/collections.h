@@ -11,6 +11,7 @@
 //   Arguments  A negative size, index or count changes nothing, save where its call says otherwise;
 //              a count of elements to remove that reaches past the end is cut to what is there.
 //              Inline element access checks nothing.
+//   Example    examples/containers/containers.cpp
 
 #ifndef KEST_COLLECTIONS_H
 #define KEST_COLLECTIONS_H

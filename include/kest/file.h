@@ -11,6 +11,7 @@
 //            is empty, never a part of itself.
 //   Threads  No locking: an object serves one thread at a time. The static functions keep no state;
 //            one spec given to two threads at once is not safe, as with every TBstr.
+//   Examples examples/files/files.cpp, examples/modules/modules.cpp
 //
 // The static functions under "Platform layer" take handles and are what a port to another system
 // replaces. Handles are opaque; pass none of your own making and no null.

@@ -10,9 +10,9 @@
 //              register them on the consumer's thread, or before messages flow.
 //   Ownership  The two parameters are passed on and never looked at, nor freed.
 //   Lifetime   The queue lives from KestInitialize to the last KestUninitialize; outside, calls
-//   that
-//              need it return false, null or at once. Messages still waiting at the stop are
+//              that need it return false, null or at once. Messages still waiting at the stop are
 //              dropped. No thread may be in the queue then: quit, join, then stop.
+//   Example    examples/queue/queue.cpp
 
 #ifndef KEST_MESSAGE_H
 #define KEST_MESSAGE_H

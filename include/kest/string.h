@@ -10,6 +10,7 @@
 //   Failure    Nothing throws. Without memory a function gives null, and a TBstr ends up empty.
 //   Threads    The functions share nothing but the allocator. A TBstr belongs to one thread at a
 //              time, even for reading: its 8-bit copy is made by a const member.
+//   Example    examples/strings/strings.cpp
 #ifndef KEST_STRING_H
 #define KEST_STRING_H
 

@@ -3,14 +3,14 @@
 //   Results    Failure is false, null, -1 or, from locks and conditions, a POSIX error number.
 //              Nothing throws.
 //   Times      Waits and sleeps are in milliseconds.
-//   Ownership  A TThread has one owner, who alone calls its members. Locks and conditions are
-//   shared
-//              by design and have neither constructor nor destructor: Init before the first use,
-//              Term after the last. So they fit static storage and plain records; once initialised
-//              they are never copied.
+//   Ownership  A TThread has one owner, who alone calls its members. Locks and conditions are for
+//              sharing and have neither constructor nor destructor: Init before the first use, Term
+//              after the last. So they fit static storage and plain records; once initialised they
+//              are never copied.
 //   Cancelling A thread started here may be cancelled anywhere, at once. The locks that it holds
 //              stay locked and what it owns leaks; a lock of the allocator or of the message queue
 //              is no exception. Let threads end by themselves wherever that is possible.
+//   Example    examples/threads/threads.cpp
 
 #ifndef KEST_THREAD_H
 #define KEST_THREAD_H
