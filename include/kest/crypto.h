@@ -12,6 +12,7 @@
 //   Threads    No locking: even decryption changes the object. Use one from one thread at a time.
 //   Copies     A copied DES, RC2 or RC4 cipher goes on from the same place in the message, on its
 //              own.
+//   Examples   examples/ciphers/ciphers.cpp, examples/keys/keys.cpp
 //
 // All of these are here for compatibility, not for new designs: DES, RC2 and RC4 have been broken,
 // as has the padding of PKCS #1 v1.5 that RSA uses. Nothing here authenticates: whoever can change

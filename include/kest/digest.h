@@ -12,6 +12,7 @@
 //   Failure    Digests, generator and checksum never fail, save RandInit for want of memory. HMAC
 //              refuses some keys. The encoders and decoders return 0 for input that they cannot
 //              take and for an output buffer that is too small.
+//   Example    examples/digests/digests.cpp
 //
 // MD4, MD5 and SHA-1 no longer resist collisions. They are here for formats and protocols that call
 // for them, not for new designs.

@@ -8,6 +8,8 @@
 //   Failure    Nothing throws. A TBstr that gets no memory for its new text ends up empty, as after
 //              any other change; the HTML functions may also leave it as it was, see there.
 //   Threads    No state, save that the language codes use the C library's current locale.
+//   Examples   examples/encodings/encodings.cpp, examples/html/html.cpp,
+//              examples/addresses/addresses.cpp
 #ifndef KEST_TEXT_H
 #define KEST_TEXT_H
 
