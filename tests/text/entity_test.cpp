@@ -6,25 +6,17 @@
 #include "text/html_model.h"
 
 using KEST::TBstr;
+using kest_test::HtmlRow;
+using kest_test::Repeat;
 using kest_test::TestAllocator;
 using kest_test::TextOf;
 using kest_test::Units;
 
 namespace {
 
-struct Row {
-  std::u16string text, result;
-};
-
 constexpr kest_test::HtmlFunction kEscape = {"escape", KestEntityEscape, kest_test::PlainEscape};
 constexpr kest_test::HtmlFunction kUnescape = {"unescape", KestEntityUnescape,
                                                kest_test::PlainUnescape};
-
-std::u16string Repeat(const std::u16string& text, int count) {
-  std::u16string result;
-  for (int i = 0; i < count; ++i) result += text;
-  return result;
-}
 
 // So many that work that grows with the square of the length would never end.
 constexpr int kMany = 400000;
@@ -32,7 +24,7 @@ constexpr int kMany = 400000;
 }  // namespace
 
 TEST(EntityEscape, Rows) {
-  const Row kRows[] = {
+  const HtmlRow kRows[] = {
       {u"a<b & \"c\">", u"a&lt;b &amp; &quot;c&quot;&gt;"},
       {u"&amp;", u"&amp;amp;"},
       {u"&lt;", u"&amp;lt;"},
@@ -50,11 +42,7 @@ TEST(EntityEscape, Rows) {
       {u"a\r\nb", u"a\r\nb"},              // nor are line ends
       {u"\u00E9\u0126", u"\u00E9\u0126"},  // U+0126 has '&' as its low byte
   };
-  for (const Row& row : kRows) {
-    TBstr out(KEST_TEXT("old"));
-    KestEntityEscape(Units(row.text), out);
-    EXPECT_EQ(row.result, TextOf(out));
-  }
+  kest_test::ExpectRows(kEscape, kRows);
 }
 
 TEST(EntityEscape, NullIsEmptyText) {
@@ -118,7 +106,7 @@ TEST(EntityEscape, WithoutMemoryTheSourcesOwnStringIsEmpty) {
 }
 
 TEST(EntityUnescape, Rows) {
-  const Row kRows[] = {
+  const HtmlRow kRows[] = {
       {u"&lt;x&gt; &nbsp;y &AMP;", u"<x> y "},
       {u"AT&T", u"AT"},
       {u"", u""},
@@ -162,11 +150,7 @@ TEST(EntityUnescape, Rows) {
       {u"&&&&", u""},
       {u"&&;;", u";"},
   };
-  for (const Row& row : kRows) {
-    TBstr out(KEST_TEXT("old"));
-    KestEntityUnescape(Units(row.text), out);
-    EXPECT_EQ(row.result, TextOf(out)) << testing::PrintToString(row.text);
-  }
+  kest_test::ExpectRows(kUnescape, kRows);
 }
 
 TEST(EntityUnescape, NullIsEmptyText) {
@@ -227,7 +211,7 @@ TEST(EntityUnescape, TheSourceMayBeTheResultsOwnText) {
 TEST(EntityUnescape, ReplacesTheWholeResult) { kest_test::ExpectAWholeNewText(kUnescape); }
 
 TEST(EntityUnescape, LongRunsTakeLinearTime) {
-  const Row kRows[] = {
+  const HtmlRow kRows[] = {
       {Repeat(u"&", kMany), u""},
       {Repeat(u";", kMany), Repeat(u";", kMany)},
       {Repeat(u"&;", kMany), u""},
@@ -237,33 +221,11 @@ TEST(EntityUnescape, LongRunsTakeLinearTime) {
       {u"&lt;" + Repeat(u"&lt", kMany) + u";", u"<<"},
       {Repeat(u"a", kMany) + u"&gt;", Repeat(u"a", kMany) + u">"},
   };
-  for (const Row& row : kRows) {
-    TBstr out;
-    KestEntityUnescape(Units(row.text), out);
-    EXPECT_TRUE(row.result == TextOf(out)) << testing::PrintToString(row.text.substr(0, 10));
-  }
+  kest_test::ExpectRows(kUnescape, kRows);
 }
 
-// Nothing is left of these texts, so that all requests are for the text's temporary copy.
 TEST(EntityUnescape, TakesABlockFrom128UnitsOn) {
-  TestAllocator allocator;
-  for (size_t length = 120; length <= 140; ++length) {
-    TBstr out;
-    allocator.Reset();
-    KestEntityUnescape(Units(std::u16string(length, u'&')), out);
-    EXPECT_EQ(length <= 127 ? 0 : 1, allocator.Requests()) << length;
-    EXPECT_EQ(length <= 127 ? 0 : 2 * (length + 1), allocator.LastSize()) << length;
-    EXPECT_EQ(0, allocator.Live()) << length;
-  }
-}
-
-TEST(EntityUnescape, TheWholeBufferIsUsedOnTheStackAndOffIt) {
-  for (size_t length = 120; length <= 140; ++length) {
-    const std::u16string text(length, u'a');
-    TBstr out;
-    KestEntityUnescape(Units(text), out);
-    EXPECT_EQ(text, TextOf(out));
-  }
+  kest_test::ExpectABlockFrom128UnitsOn(kUnescape, u'&');
 }
 
 TEST(EntityUnescape, WithoutMemoryTheResultIsEmptyOrStays) {

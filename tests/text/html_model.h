@@ -94,6 +94,28 @@ inline void ExpectResult(const HtmlFunction& tested, const std::u16string& sourc
   ASSERT_EQ(0, result.GetString()[result.GetLength()]);
 }
 
+struct HtmlRow {
+  std::u16string source, result;
+};
+
+template <size_t count>
+void ExpectRows(const HtmlFunction& tested, const HtmlRow (&rows)[count]) {
+  for (const HtmlRow& row : rows) {
+    KEST::TBstr result(KEST_TEXT("old"));
+    tested.function(Units(row.source), result);
+    // Long texts differ in what no one wants to read.
+    EXPECT_TRUE(row.result == TextOf(result))
+        << testing::PrintToString(row.source.substr(0, 80)) << " gives "
+        << testing::PrintToString(TextOf(result).substr(0, 80));
+  }
+}
+
+inline std::u16string Repeat(const std::u16string& text, int count) {
+  std::u16string result;
+  for (int i = 0; i < count; ++i) result += text;
+  return result;
+}
+
 // Every text of up to longest units over the alphabet.
 inline void ExpectResultOfEveryText(const HtmlFunction& tested, const std::u16string& alphabet,
                                     size_t longest) {
@@ -155,6 +177,21 @@ inline void ExpectAWholeNewText(const HtmlFunction& tested) {
   const std::u16string expected = tested.model(source.c_str());
   EXPECT_EQ(expected, TextOf(result)) << tested.name;
   EXPECT_EQ(std::string(expected.begin(), expected.end()), result.GetMultibyteString());
+}
+
+// Source texts around the length from which a temporary block is taken: of letters, which all come
+// out, and of opening, of which nothing is left, so that every request is for that block.
+inline void ExpectABlockFrom128UnitsOn(const HtmlFunction& tested, char16_t opening) {
+  TestAllocator allocator;
+  for (size_t length = 120; length <= 140; ++length) {
+    KEST::TBstr result;
+    ExpectResult(tested, std::u16string(length, u'a'));
+    allocator.Reset();
+    tested.function(Units(std::u16string(length, opening)), result);
+    EXPECT_EQ(length <= 127 ? 0 : 1, allocator.Requests()) << length;
+    EXPECT_EQ(length <= 127 ? 0 : 2 * (length + 1), allocator.LastSize()) << length;
+    EXPECT_EQ(0, allocator.Live()) << length;
+  }
 }
 
 // With every request refused in turn: the right text; or no text; or, for as long as the first

@@ -6,29 +6,21 @@
 #include "text/html_model.h"
 
 using KEST::TBstr;
+using kest_test::HtmlRow;
+using kest_test::Repeat;
 using kest_test::TestAllocator;
 using kest_test::TextOf;
 using kest_test::Units;
 
 namespace {
 
-struct Row {
-  std::u16string html, plain;
-};
-
 constexpr kest_test::HtmlFunction kHtmlToPlain = {"HTML to plain", KestHtmlToPlain,
                                                   kest_test::PlainStrip};
-
-std::u16string Repeat(const std::u16string& text, int count) {
-  std::u16string result;
-  for (int i = 0; i < count; ++i) result += text;
-  return result;
-}
 
 }  // namespace
 
 TEST(HtmlToPlain, Rows) {
-  const Row kRows[] = {
+  const HtmlRow kRows[] = {
       {u"<p>x<br>y&amp;z</p>", u"x\r\ny&z"},
       {u"a>b", u"a>b"},
       {u"a<b", u"a"},
@@ -91,11 +83,7 @@ TEST(HtmlToPlain, Rows) {
       {u"a\r\nb\rc\nd", u"a\r\nb\rc\nd"},
       {u"\u0085\u00A0\u013C\u013E", u"\u0085\u00A0\u013C\u013E"},
   };
-  for (const Row& row : kRows) {
-    TBstr plain(KEST_TEXT("old"));
-    KestHtmlToPlain(Units(row.html), plain);
-    EXPECT_EQ(row.plain, TextOf(plain)) << testing::PrintToString(row.html);
-  }
+  kest_test::ExpectRows(kHtmlToPlain, kRows);
 }
 
 TEST(HtmlToPlain, NullIsEmptyText) {
@@ -147,7 +135,7 @@ TEST(HtmlToPlain, ReplacesTheWholeResult) { kest_test::ExpectAWholeNewText(kHtml
 // So many that work that grows with the square of the length would never end.
 TEST(HtmlToPlain, LongRunsTakeLinearTime) {
   constexpr int kMany = 400000;
-  const Row kRows[] = {
+  const HtmlRow kRows[] = {
       {Repeat(u"<", kMany), u""},
       {Repeat(u">", kMany), Repeat(u">", kMany)},
       {Repeat(u"<>", kMany), u""},
@@ -158,33 +146,11 @@ TEST(HtmlToPlain, LongRunsTakeLinearTime) {
       {Repeat(u"&lt", kMany) + u";", u"<"},
       {Repeat(u"a", kMany), Repeat(u"a", kMany)},
   };
-  for (const Row& row : kRows) {
-    TBstr plain;
-    KestHtmlToPlain(Units(row.html), plain);
-    EXPECT_TRUE(row.plain == TextOf(plain)) << testing::PrintToString(row.html.substr(0, 10));
-  }
+  kest_test::ExpectRows(kHtmlToPlain, kRows);
 }
 
-// Nothing is left of these texts, so that all requests are for the text's temporary copy.
 TEST(HtmlToPlain, TakesABlockFrom128UnitsOn) {
-  TestAllocator allocator;
-  for (size_t length = 120; length <= 140; ++length) {
-    TBstr plain;
-    allocator.Reset();
-    KestHtmlToPlain(Units(std::u16string(length, u'<')), plain);
-    EXPECT_EQ(length <= 127 ? 0 : 1, allocator.Requests()) << length;
-    EXPECT_EQ(length <= 127 ? 0 : 2 * (length + 1), allocator.LastSize()) << length;
-    EXPECT_EQ(0, allocator.Live()) << length;
-  }
-}
-
-TEST(HtmlToPlain, TheWholeBufferIsUsedOnTheStackAndOffIt) {
-  for (size_t length = 120; length <= 140; ++length) {
-    const std::u16string text(length, u'a');
-    TBstr plain;
-    KestHtmlToPlain(Units(text), plain);
-    EXPECT_EQ(text, TextOf(plain));
-  }
+  kest_test::ExpectABlockFrom128UnitsOn(kHtmlToPlain, u'<');
 }
 
 TEST(HtmlToPlain, WithoutMemoryTheResultIsEmptyOrStays) {

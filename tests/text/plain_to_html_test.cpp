@@ -6,6 +6,7 @@
 #include "text/html_model.h"
 
 using KEST::TBstr;
+using kest_test::Repeat;
 using kest_test::TestAllocator;
 using kest_test::TextOf;
 using kest_test::Units;
@@ -83,26 +84,15 @@ TEST(PlainToHtml, ReplacesTheWholeResult) { kest_test::ExpectAWholeNewText(kPlai
 // So many that work that grows with the square of the length would never end.
 TEST(PlainToHtml, LongRunsTakeLinearTime) {
   constexpr int kMany = 400000;
-  struct {
-    std::u16string piece, result;
-  } const kRows[] = {
-      {u"\r\n", u"<BR>"}, {u"\r", u"\r"}, {u"\n", u"\n"},
-      {u"\"", u"&quot;"}, {u"a", u"a"},   {u"\n\r", u"\n\r"},
+  const kest_test::HtmlRow kRows[] = {
+      {Repeat(u"\r\n", kMany), kHead + Repeat(u"<BR>", kMany) + kTail},
+      {Repeat(u"\n\r", kMany), kHead + u"\n" + Repeat(u"<BR>", kMany - 1) + u"\r" + kTail},
+      {Repeat(u"\r", kMany), kHead + Repeat(u"\r", kMany) + kTail},
+      {Repeat(u"\n", kMany), kHead + Repeat(u"\n", kMany) + kTail},
+      {Repeat(u"\"", kMany), kHead + Repeat(u"&quot;", kMany) + kTail},
+      {Repeat(u"a", kMany), kHead + Repeat(u"a", kMany) + kTail},
   };
-  for (const auto& row : kRows) {
-    std::u16string plain, expected = kHead;
-    for (int i = 0; i < kMany; ++i) plain += row.piece;
-    for (int i = 0; i < kMany; ++i) expected += row.result;
-    if (row.piece == u"\n\r") {
-      expected = kHead + u"\n";
-      for (int i = 1; i < kMany; ++i) expected += u"<BR>";
-      expected += u"\r";
-    }
-    expected += kTail;
-    TBstr html;
-    KestPlainToHtml(Units(plain), html);
-    EXPECT_TRUE(expected == TextOf(html)) << testing::PrintToString(row.piece);
-  }
+  kest_test::ExpectRows(kPlainToHtml, kRows);
 }
 
 TEST(PlainToHtml, BuildsTheResultInOneBlock) {
