@@ -12,7 +12,6 @@ void ModuleStops(const char* module);
 void ModuleIsUnloaded(const char* module);
 
 // Something to look up.
-int moduleNumber = 42;
 const char* ModuleName(void) { return MODULE; }
 
 }  // extern "C"
