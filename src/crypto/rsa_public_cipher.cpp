@@ -79,8 +79,9 @@ class KeyReader {
     return KestBerDecode(start, room, &item) != 0 && item.tag == tag;
   }
 
-  // The element after previous in outer. What is taken from the remaining length is the previous
-  // element's content without its tag and length, on purpose.
+  // The element after previous in outer; there is none after one of indefinite length. What is
+  // taken from the remaining length is the previous element's content without its tag and length,
+  // on purpose.
   bool ReadNext(SBerItem& item, const SBerItem& outer, const SBerItem& previous,
                 unsigned char tag) const {
     return Read(item, Past(previous, previous.length), outer.length - previous.length, tag);
@@ -112,8 +113,8 @@ bool ReadKey(const unsigned char* ber, int length, SBerItem& modulus, SBerItem& 
          reader.ReadNext(bits, info, algorithm, kBitString) &&
          reader.Read(key, reader.Past(bits, 1), bits.length - 1, kSequence) &&
          reader.Read(modulus, key.value, key.length, kInteger) &&
-         reader.ReadNext(exponent, key, modulus, kInteger) && reader.IsWhole(modulus) &&
-         reader.IsWhole(exponent) && modulus.length != 0;
+         reader.ReadNext(exponent, key, modulus, kInteger) && modulus.length != 0 &&
+         reader.IsWhole(exponent);
 }
 
 // A byte other than 0, or 0 when there is no generator: so many zeros in a row are no chance.

@@ -644,6 +644,10 @@ TEST(RsaPublicCipher, ARefusedKeyLeavesTheOldOne) {
   OpenCipher cipher(TCipher::kOpDecrypt, 64);
   const Bytes ber = KeyOf(kRsaKeys[0]);
   EXPECT_EQ(0, cipher.BerInit(ber.data(), Size(ber) - 1));
+  Parts openParts;
+  openParts.exponent = Bytes{2, 0x80, 1};
+  const Bytes openKey = openParts.Key();
+  EXPECT_EQ(0, cipher.BerInit(openKey.data(), Size(openKey)));
   EXPECT_EQ("6162", Processed(cipher, Block(64, 1, kMessage), 64));
 }
 
