@@ -11,9 +11,9 @@ namespace KEST {
 KEST_SIZE_IS(TFifoBuffer, 12, 16);
 
 int TFifoBuffer::Read(unsigned char* destination, int count) {
-  KEST_FIELD_AT(TFifoBuffer, buffer, 0, 0)
-  KEST_FIELD_AT(TFifoBuffer, capacity, 4, 8)
-  KEST_FIELD_AT(TFifoBuffer, length, 8, 12)
+  KEST_FIELD_AT(TFifoBuffer, buffer, 0, 0);
+  KEST_FIELD_AT(TFifoBuffer, capacity, 4, 8);
+  KEST_FIELD_AT(TFifoBuffer, length, 8, 12);
   const int taken = std::min(count, length);
   if (taken <= 0) return 0;
   length -= taken;

@@ -5,7 +5,7 @@
 namespace KEST {
 
 KEST_SIZE_IS(SPlex, 4, 8);
-KEST_FIELD_AT(SPlex, next, 0, 0)
+KEST_FIELD_AT(SPlex, next, 0, 0);
 
 SPlex* SPlex::Create(SPlex*& head, unsigned int count, unsigned int elementSize) {
   void* memory = AllocateArray(count, elementSize, sizeof(SPlex));

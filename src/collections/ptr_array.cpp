@@ -39,17 +39,14 @@ namespace KEST {
 
 KEST_SIZE_IS(TPtrArray, 16, 24);
 
-TPtrArray::TPtrArray()
-    : data(nullptr),
-      size(0),
-      maxSize(0),
-      growBy(0){KEST_FIELD_AT(TPtrArray, data, 0, 0) KEST_FIELD_AT(TPtrArray, size, 4, 8)
-                    KEST_FIELD_AT(TPtrArray, maxSize, 8, 12)
-                        KEST_FIELD_AT(TPtrArray, growBy, 12, 16)}
-
-      TPtrArray::~TPtrArray() {
-  KestMemFree(data);
+TPtrArray::TPtrArray() : data(nullptr), size(0), maxSize(0), growBy(0) {
+  KEST_FIELD_AT(TPtrArray, data, 0, 0);
+  KEST_FIELD_AT(TPtrArray, size, 4, 8);
+  KEST_FIELD_AT(TPtrArray, maxSize, 8, 12);
+  KEST_FIELD_AT(TPtrArray, growBy, 12, 16);
 }
+
+TPtrArray::~TPtrArray() { KestMemFree(data); }
 
 void TPtrArray::SetSize(int newSize, int newGrowBy) {
   if (newSize < 0) return;

@@ -43,10 +43,10 @@ void DestroyKeys(SBstrKey::SAssoc* const* table, unsigned int tableSize) {
 namespace KEST {
 
 KEST_SIZE_IS(TPtrFromBstrMap::SAssoc, 20, 40);
-KEST_FIELD_AT(TPtrFromBstrMap::SAssoc, next, 0, 0)
-KEST_FIELD_AT(TPtrFromBstrMap::SAssoc, bucket, 4, 8)
-KEST_FIELD_AT(TPtrFromBstrMap::SAssoc, key, 8, 16)
-KEST_FIELD_AT(TPtrFromBstrMap::SAssoc, value, 16, 32)
+KEST_FIELD_AT(TPtrFromBstrMap::SAssoc, next, 0, 0);
+KEST_FIELD_AT(TPtrFromBstrMap::SAssoc, bucket, 4, 8);
+KEST_FIELD_AT(TPtrFromBstrMap::SAssoc, key, 8, 16);
+KEST_FIELD_AT(TPtrFromBstrMap::SAssoc, value, 16, 32);
 KEST_SIZE_IS(TPtrFromBstrMap, 24, 40);
 
 TPtrFromBstrMap::TPtrFromBstrMap(int assocsPerBlock)
@@ -55,15 +55,16 @@ TPtrFromBstrMap::TPtrFromBstrMap(int assocsPerBlock)
       count(0),
       freeList(nullptr),
       blocks(nullptr),
-      blockSize(assocsPerBlock){KEST_FIELD_AT(TPtrFromBstrMap, hashTable, 0, 0) KEST_FIELD_AT(
-          TPtrFromBstrMap, hashTableSize, 4, 8) KEST_FIELD_AT(TPtrFromBstrMap, count, 8, 12)
-                                    KEST_FIELD_AT(TPtrFromBstrMap, freeList, 12, 16)
-                                        KEST_FIELD_AT(TPtrFromBstrMap, blocks, 16, 24)
-                                            KEST_FIELD_AT(TPtrFromBstrMap, blockSize, 20, 32)}
-
-      TPtrFromBstrMap::~TPtrFromBstrMap() {
-  RemoveAll();
+      blockSize(assocsPerBlock) {
+  KEST_FIELD_AT(TPtrFromBstrMap, hashTable, 0, 0);
+  KEST_FIELD_AT(TPtrFromBstrMap, hashTableSize, 4, 8);
+  KEST_FIELD_AT(TPtrFromBstrMap, count, 8, 12);
+  KEST_FIELD_AT(TPtrFromBstrMap, freeList, 12, 16);
+  KEST_FIELD_AT(TPtrFromBstrMap, blocks, 16, 24);
+  KEST_FIELD_AT(TPtrFromBstrMap, blockSize, 20, 32);
 }
+
+TPtrFromBstrMap::~TPtrFromBstrMap() { RemoveAll(); }
 
 void TPtrFromBstrMap::InitHashTable(unsigned int size, bool allocNow) {
   ReplaceHashTable(hashTable, hashTableSize, size, allocNow);

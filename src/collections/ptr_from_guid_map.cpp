@@ -31,14 +31,14 @@ struct SGuidKey {
 namespace KEST {
 
 KEST_SIZE_IS(_GUID, 16, 16);
-KEST_FIELD_AT(_GUID, data1, 0, 0)
-KEST_FIELD_AT(_GUID, data2, 4, 4)
-KEST_FIELD_AT(_GUID, data3, 6, 6)
-KEST_FIELD_AT(_GUID, data4, 8, 8)
+KEST_FIELD_AT(_GUID, data1, 0, 0);
+KEST_FIELD_AT(_GUID, data2, 4, 4);
+KEST_FIELD_AT(_GUID, data3, 6, 6);
+KEST_FIELD_AT(_GUID, data4, 8, 8);
 KEST_SIZE_IS(TPtrFromGuidMap::SAssoc, 24, 32);
-KEST_FIELD_AT(TPtrFromGuidMap::SAssoc, next, 0, 0)
-KEST_FIELD_AT(TPtrFromGuidMap::SAssoc, key, 4, 8)
-KEST_FIELD_AT(TPtrFromGuidMap::SAssoc, value, 20, 24)
+KEST_FIELD_AT(TPtrFromGuidMap::SAssoc, next, 0, 0);
+KEST_FIELD_AT(TPtrFromGuidMap::SAssoc, key, 4, 8);
+KEST_FIELD_AT(TPtrFromGuidMap::SAssoc, value, 20, 24);
 KEST_SIZE_IS(TPtrFromGuidMap, 24, 40);
 
 TPtrFromGuidMap::TPtrFromGuidMap(int assocsPerBlock)
@@ -47,15 +47,16 @@ TPtrFromGuidMap::TPtrFromGuidMap(int assocsPerBlock)
       count(0),
       freeList(nullptr),
       blocks(nullptr),
-      blockSize(assocsPerBlock){KEST_FIELD_AT(TPtrFromGuidMap, hashTable, 0, 0) KEST_FIELD_AT(
-          TPtrFromGuidMap, hashTableSize, 4, 8) KEST_FIELD_AT(TPtrFromGuidMap, count, 8, 12)
-                                    KEST_FIELD_AT(TPtrFromGuidMap, freeList, 12, 16)
-                                        KEST_FIELD_AT(TPtrFromGuidMap, blocks, 16, 24)
-                                            KEST_FIELD_AT(TPtrFromGuidMap, blockSize, 20, 32)}
-
-      TPtrFromGuidMap::~TPtrFromGuidMap() {
-  RemoveAll();
+      blockSize(assocsPerBlock) {
+  KEST_FIELD_AT(TPtrFromGuidMap, hashTable, 0, 0);
+  KEST_FIELD_AT(TPtrFromGuidMap, hashTableSize, 4, 8);
+  KEST_FIELD_AT(TPtrFromGuidMap, count, 8, 12);
+  KEST_FIELD_AT(TPtrFromGuidMap, freeList, 12, 16);
+  KEST_FIELD_AT(TPtrFromGuidMap, blocks, 16, 24);
+  KEST_FIELD_AT(TPtrFromGuidMap, blockSize, 20, 32);
 }
+
+TPtrFromGuidMap::~TPtrFromGuidMap() { RemoveAll(); }
 
 void TPtrFromGuidMap::InitHashTable(unsigned int size, bool allocNow) {
   ReplaceHashTable(hashTable, hashTableSize, size, allocNow);

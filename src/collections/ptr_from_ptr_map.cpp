@@ -30,9 +30,9 @@ struct SPtrKey {
 namespace KEST {
 
 KEST_SIZE_IS(TPtrFromPtrMap::SAssoc, 12, 24);
-KEST_FIELD_AT(TPtrFromPtrMap::SAssoc, next, 0, 0)
-KEST_FIELD_AT(TPtrFromPtrMap::SAssoc, key, 4, 8)
-KEST_FIELD_AT(TPtrFromPtrMap::SAssoc, value, 8, 16)
+KEST_FIELD_AT(TPtrFromPtrMap::SAssoc, next, 0, 0);
+KEST_FIELD_AT(TPtrFromPtrMap::SAssoc, key, 4, 8);
+KEST_FIELD_AT(TPtrFromPtrMap::SAssoc, value, 8, 16);
 KEST_SIZE_IS(TPtrFromPtrMap, 24, 40);
 
 TPtrFromPtrMap::TPtrFromPtrMap(int assocsPerBlock)
@@ -41,15 +41,16 @@ TPtrFromPtrMap::TPtrFromPtrMap(int assocsPerBlock)
       count(0),
       freeList(nullptr),
       blocks(nullptr),
-      blockSize(assocsPerBlock){KEST_FIELD_AT(TPtrFromPtrMap, hashTable, 0, 0) KEST_FIELD_AT(
-          TPtrFromPtrMap, hashTableSize, 4, 8) KEST_FIELD_AT(TPtrFromPtrMap, count, 8, 12)
-                                    KEST_FIELD_AT(TPtrFromPtrMap, freeList, 12, 16)
-                                        KEST_FIELD_AT(TPtrFromPtrMap, blocks, 16, 24)
-                                            KEST_FIELD_AT(TPtrFromPtrMap, blockSize, 20, 32)}
-
-      TPtrFromPtrMap::~TPtrFromPtrMap() {
-  RemoveAll();
+      blockSize(assocsPerBlock) {
+  KEST_FIELD_AT(TPtrFromPtrMap, hashTable, 0, 0);
+  KEST_FIELD_AT(TPtrFromPtrMap, hashTableSize, 4, 8);
+  KEST_FIELD_AT(TPtrFromPtrMap, count, 8, 12);
+  KEST_FIELD_AT(TPtrFromPtrMap, freeList, 12, 16);
+  KEST_FIELD_AT(TPtrFromPtrMap, blocks, 16, 24);
+  KEST_FIELD_AT(TPtrFromPtrMap, blockSize, 20, 32);
 }
+
+TPtrFromPtrMap::~TPtrFromPtrMap() { RemoveAll(); }
 
 void TPtrFromPtrMap::InitHashTable(unsigned int size, bool allocNow) {
   ReplaceHashTable(hashTable, hashTableSize, size, allocNow);

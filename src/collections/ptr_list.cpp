@@ -5,9 +5,9 @@
 namespace KEST {
 
 KEST_SIZE_IS(TPtrList::SNode, 12, 24);
-KEST_FIELD_AT(TPtrList::SNode, next, 0, 0)
-KEST_FIELD_AT(TPtrList::SNode, prev, 4, 8)
-KEST_FIELD_AT(TPtrList::SNode, data, 8, 16)
+KEST_FIELD_AT(TPtrList::SNode, next, 0, 0);
+KEST_FIELD_AT(TPtrList::SNode, prev, 4, 8);
+KEST_FIELD_AT(TPtrList::SNode, data, 8, 16);
 KEST_SIZE_IS(TPtrList, 24, 48);
 
 TPtrList::TPtrList(int nodesPerBlock)
@@ -16,14 +16,16 @@ TPtrList::TPtrList(int nodesPerBlock)
       count(0),
       freeList(nullptr),
       blocks(nullptr),
-      blockSize(nodesPerBlock){
-          KEST_FIELD_AT(TPtrList, head, 0, 0) KEST_FIELD_AT(TPtrList, tail, 4, 8) KEST_FIELD_AT(
-              TPtrList, count, 8, 16) KEST_FIELD_AT(TPtrList, freeList, 12, 24)
-              KEST_FIELD_AT(TPtrList, blocks, 16, 32) KEST_FIELD_AT(TPtrList, blockSize, 20, 40)}
-
-      TPtrList::~TPtrList() {
-  RemoveAll();
+      blockSize(nodesPerBlock) {
+  KEST_FIELD_AT(TPtrList, head, 0, 0);
+  KEST_FIELD_AT(TPtrList, tail, 4, 8);
+  KEST_FIELD_AT(TPtrList, count, 8, 16);
+  KEST_FIELD_AT(TPtrList, freeList, 12, 24);
+  KEST_FIELD_AT(TPtrList, blocks, 16, 32);
+  KEST_FIELD_AT(TPtrList, blockSize, 20, 40);
 }
+
+TPtrList::~TPtrList() { RemoveAll(); }
 
 __POSITION* TPtrList::AddHead(void* element) {
   SNode* node = NewNode(nullptr, head);

@@ -45,9 +45,9 @@ void WriteHeader(unsigned char* out, unsigned char tag, int length) {
 namespace KEST {
 
 KEST_SIZE_IS(SBerItem, 12, 16);
-KEST_FIELD_AT(SBerItem, tag, 0, 0)
-KEST_FIELD_AT(SBerItem, length, 4, 4)
-KEST_FIELD_AT(SBerItem, value, 8, 8)
+KEST_FIELD_AT(SBerItem, tag, 0, 0);
+KEST_FIELD_AT(SBerItem, length, 4, 4);
+KEST_FIELD_AT(SBerItem, value, 8, 8);
 
 }  // namespace KEST
 

@@ -75,9 +75,9 @@ int TBigInt::Cmp(const TBigInt& a, const TBigInt& b) {
 }
 
 bool TBigInt::AdjustBuffer(int count, bool keep) {
-  KEST_FIELD_AT(TBigInt, words, 0, 0)
-  KEST_FIELD_AT(TBigInt, length, 4, 8)
-  KEST_FIELD_AT(TBigInt, capacity, 8, 12)
+  KEST_FIELD_AT(TBigInt, words, 0, 0);
+  KEST_FIELD_AT(TBigInt, length, 4, 8);
+  KEST_FIELD_AT(TBigInt, capacity, 8, 12);
   if (count < 0) return false;
   const int kept = keep ? length : 0;
   if (count > capacity) {

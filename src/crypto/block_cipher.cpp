@@ -96,9 +96,9 @@ TBlockCipher::TBlockCipher() : TBlockCipher(kOpEncrypt) {}
 
 TBlockCipher::TBlockCipher(ECipherOp direction)
     : TCipher(direction), mode(kModeCbc), iv(), chain() {
-  KEST_FIELD_AT(TBlockCipher, mode, 8, 12)
-  KEST_FIELD_AT(TBlockCipher, iv, 12, 16)
-  KEST_FIELD_AT(TBlockCipher, chain, 20, 24)
+  KEST_FIELD_AT(TBlockCipher, mode, 8, 12);
+  KEST_FIELD_AT(TBlockCipher, iv, 12, 16);
+  KEST_FIELD_AT(TBlockCipher, chain, 20, 24);
 }
 
 }  // namespace KEST

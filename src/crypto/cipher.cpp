@@ -10,6 +10,6 @@ TCipher::~TCipher() = default;
 
 TCipher::TCipher() : TCipher(kOpEncrypt) {}
 
-TCipher::TCipher(ECipherOp direction) : op(direction) { KEST_FIELD_AT(TCipher, op, 4, 8) }
+TCipher::TCipher(ECipherOp direction) : op(direction) { KEST_FIELD_AT(TCipher, op, 4, 8); }
 
 }  // namespace KEST

@@ -89,7 +89,7 @@ KEST_SIZE_IS(TDesCipher, 156, 160);
 
 TDesCipher::TDesCipher(TCipher::ECipherOp direction, const unsigned char* key, int)
     : TBlockCipher(direction) {
-  KEST_FIELD_AT(TDesCipher, schedule, 28, 32)
+  KEST_FIELD_AT(TDesCipher, schedule, 28, 32);
   unsigned int halves[2] = {ChooseFromKey(key, kDesChoiceC), ChooseFromKey(key, kDesChoiceD)};
   for (int round = 0; round < kRounds; ++round) {
     for (unsigned int& half : halves) half = RotateHalf(half, kDesShifts[round]);

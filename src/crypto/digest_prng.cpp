@@ -40,14 +40,14 @@ KEST_SIZE_IS(TDigestPrng, 32, 56);
 // only when it is used.
 TDigestPrng::TDigestPrng(TMessageDigest& source, unsigned char* buffers, int digestSize)
     : digest(&source), size(digestSize), seedPending(false), seedCountdown(2), available(0) {
-  KEST_FIELD_AT(TDigestPrng, digest, 0, 0)
-  KEST_FIELD_AT(TDigestPrng, size, 4, 8)
-  KEST_FIELD_AT(TDigestPrng, seedPending, 8, 12)
-  KEST_FIELD_AT(TDigestPrng, seedCountdown, 12, 16)
-  KEST_FIELD_AT(TDigestPrng, counter, 16, 24)
-  KEST_FIELD_AT(TDigestPrng, increment, 20, 32)
-  KEST_FIELD_AT(TDigestPrng, output, 24, 40)
-  KEST_FIELD_AT(TDigestPrng, available, 28, 48)
+  KEST_FIELD_AT(TDigestPrng, digest, 0, 0);
+  KEST_FIELD_AT(TDigestPrng, size, 4, 8);
+  KEST_FIELD_AT(TDigestPrng, seedPending, 8, 12);
+  KEST_FIELD_AT(TDigestPrng, seedCountdown, 12, 16);
+  KEST_FIELD_AT(TDigestPrng, counter, 16, 24);
+  KEST_FIELD_AT(TDigestPrng, increment, 20, 32);
+  KEST_FIELD_AT(TDigestPrng, output, 24, 40);
+  KEST_FIELD_AT(TDigestPrng, available, 28, 48);
   const size_t n = static_cast<size_t>(std::max(size, 0));
   counter = buffers;
   increment = counter + n;

@@ -27,10 +27,10 @@ KEST_SIZE_IS(THmac, 136, 144);
 // An object that refused its key has no digest.
 THmac::THmac(TMessageDigest& hash, const unsigned char* key, int keyLength)
     : digest(IsKeyLength(keyLength) ? &hash : nullptr), started(false) {
-  KEST_FIELD_AT(THmac, digest, 0, 0)
-  KEST_FIELD_AT(THmac, started, 4, 8)
-  KEST_FIELD_AT(THmac, innerKey, 5, 9)
-  KEST_FIELD_AT(THmac, outerKey, 69, 73)
+  KEST_FIELD_AT(THmac, digest, 0, 0);
+  KEST_FIELD_AT(THmac, started, 4, 8);
+  KEST_FIELD_AT(THmac, innerKey, 5, 9);
+  KEST_FIELD_AT(THmac, outerKey, 69, 73);
   const int keyBytes = digest != nullptr ? keyLength : 0;
   for (int i = 0; i < kBlockSize; ++i) {
     const int byte = i < keyBytes ? key[i] : 0;

@@ -10,8 +10,8 @@ namespace KEST {
 KEST_SIZE_IS(TInetChecksum, 8, 8);
 
 TInetChecksum::TInetChecksum() {
-  KEST_FIELD_AT(TInetChecksum, sum, 0, 0)
-  KEST_FIELD_AT(TInetChecksum, odd, 4, 4)
+  KEST_FIELD_AT(TInetChecksum, sum, 0, 0);
+  KEST_FIELD_AT(TInetChecksum, odd, 4, 4);
   Reset();
 }
 

@@ -29,9 +29,9 @@ const unsigned char kPadding[64] = {0x80};
 KEST_SIZE_IS(TMessageDigest, 96, 104);
 
 TMessageDigest::TMessageDigest() {
-  KEST_FIELD_AT(TMessageDigest, state, 4, 8)
-  KEST_FIELD_AT(TMessageDigest, bitCount, 24, 28)
-  KEST_FIELD_AT(TMessageDigest, buffer, 32, 36)
+  KEST_FIELD_AT(TMessageDigest, state, 4, 8);
+  KEST_FIELD_AT(TMessageDigest, bitCount, 24, 28);
+  KEST_FIELD_AT(TMessageDigest, buffer, 32, 36);
   Reset();
 }
 

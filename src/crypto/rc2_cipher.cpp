@@ -145,8 +145,8 @@ KEST_SIZE_IS(TRc2Cipher, 160, 168);
 TRc2Cipher::TRc2Cipher(TCipher::ECipherOp direction, const unsigned char* key, int keyLength,
                        int bits)
     : TBlockCipher(direction), effectiveBits(bits) {
-  KEST_FIELD_AT(TRc2Cipher, expandedKey, 28, 32)
-  KEST_FIELD_AT(TRc2Cipher, effectiveBits, 156, 160)
+  KEST_FIELD_AT(TRc2Cipher, expandedKey, 28, 32);
+  KEST_FIELD_AT(TRc2Cipher, effectiveBits, 156, 160);
   const int length = std::clamp(keyLength, 1, kMaxKeyLength);
   const bool usable = bits >= 1 && bits <= kMaxEffectiveBits;
   unsigned char l[128];

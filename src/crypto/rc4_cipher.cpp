@@ -16,10 +16,10 @@ KEST_SIZE_IS(TRc4Cipher, 528, 536);
 
 TRc4Cipher::TRc4Cipher(TCipher::ECipherOp direction, const unsigned char* key, int keyLength)
     : TStreamCipher(direction) {
-  KEST_FIELD_AT(TRc4Cipher, keyState, 8, 12)
-  KEST_FIELD_AT(TRc4Cipher, state, 264, 268)
-  KEST_FIELD_AT(TRc4Cipher, i, 520, 524)
-  KEST_FIELD_AT(TRc4Cipher, j, 524, 528)
+  KEST_FIELD_AT(TRc4Cipher, keyState, 8, 12);
+  KEST_FIELD_AT(TRc4Cipher, state, 264, 268);
+  KEST_FIELD_AT(TRc4Cipher, i, 520, 524);
+  KEST_FIELD_AT(TRc4Cipher, j, 524, 528);
   const int length = std::max(keyLength, 1);
   for (int n = 0; n < 256; ++n) keyState[n] = static_cast<unsigned char>(n);
   for (int n = 0, other = 0; n < 256; ++n) {

@@ -199,10 +199,10 @@ int TRsaPublicCipher::ProcessData(unsigned char* data, int len, bool final) {
 
 bool TRsaPublicCipher::Construct(const unsigned char* newModulus, int modulusLen,
                                  const unsigned char* newExponent, int exponentLen) {
-  KEST_FIELD_AT(TRsaPublicCipher, modulus, 8, 16)
-  KEST_FIELD_AT(TRsaPublicCipher, modulusSize, 12, 24)
-  KEST_FIELD_AT(TRsaPublicCipher, exponent, 16, 32)
-  KEST_FIELD_AT(TRsaPublicCipher, exponentSize, 20, 40)
+  KEST_FIELD_AT(TRsaPublicCipher, modulus, 8, 16);
+  KEST_FIELD_AT(TRsaPublicCipher, modulusSize, 12, 24);
+  KEST_FIELD_AT(TRsaPublicCipher, exponent, 16, 32);
+  KEST_FIELD_AT(TRsaPublicCipher, exponentSize, 20, 40);
   if (modulusLen < 0 || exponentLen < 0) return false;
   const bool hasModulus = LoadPart(modulus, modulusSize, newModulus, modulusLen);
   const bool hasExponent = LoadPart(exponent, exponentSize, newExponent, exponentLen);

@@ -32,8 +32,8 @@ namespace KEST {
 
 TFile::TFile() : handle(nullptr) {
   KEST_SIZE_IS(TFile, 12, 24);
-  KEST_FIELD_AT(TFile, handle, 0, 0)
-  KEST_FIELD_AT(TFile, spec, 4, 8)
+  KEST_FIELD_AT(TFile, handle, 0, 0);
+  KEST_FIELD_AT(TFile, spec, 4, 8);
 }
 
 TFile::~TFile() {

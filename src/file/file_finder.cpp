@@ -61,10 +61,10 @@ const unsigned short TFileFinder::kParentDirectory[] = {'.', '.', 0};
 
 TFileFinder::TFileFinder() : recursive(false) {
   KEST_SIZE_IS(TFileFinder, 68, 120);
-  KEST_FIELD_AT(TFileFinder, handles, 32, 56)
-  KEST_FIELD_AT(TFileFinder, directory, 48, 80)
-  KEST_FIELD_AT(TFileFinder, pattern, 56, 96)
-  KEST_FIELD_AT(TFileFinder, recursive, 64, 112)
+  KEST_FIELD_AT(TFileFinder, handles, 32, 56);
+  KEST_FIELD_AT(TFileFinder, directory, 48, 80);
+  KEST_FIELD_AT(TFileFinder, pattern, 56, 96);
+  KEST_FIELD_AT(TFileFinder, recursive, 64, 112);
 }
 
 TFileFinder::~TFileFinder() {

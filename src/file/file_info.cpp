@@ -9,12 +9,12 @@
 namespace KEST {
 
 KEST_SIZE_IS(TFileInfo, 32, 56);
-KEST_FIELD_AT(TFileInfo, name, 0, 0)
-KEST_FIELD_AT(TFileInfo, isDirectory, 8, 16)
-KEST_FIELD_AT(TFileInfo, size, 12, 24)
-KEST_FIELD_AT(TFileInfo, creationTime, 20, 32)
-KEST_FIELD_AT(TFileInfo, lastWriteTime, 24, 40)
-KEST_FIELD_AT(TFileInfo, lastAccessTime, 28, 48)
+KEST_FIELD_AT(TFileInfo, name, 0, 0);
+KEST_FIELD_AT(TFileInfo, isDirectory, 8, 16);
+KEST_FIELD_AT(TFileInfo, size, 12, 24);
+KEST_FIELD_AT(TFileInfo, creationTime, 20, 32);
+KEST_FIELD_AT(TFileInfo, lastWriteTime, 24, 40);
+KEST_FIELD_AT(TFileInfo, lastAccessTime, 28, 48);
 
 TFileInfo::TFileInfo()
     : isDirectory(false), size(0), creationTime(0), lastWriteTime(0), lastAccessTime(0) {}

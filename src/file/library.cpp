@@ -13,8 +13,8 @@ const unsigned short TLibrary::kLibraryExtension[] = {'s', 'o', 0};
 
 TLibrary::TLibrary() : handle(nullptr) {
   KEST_SIZE_IS(TLibrary, 12, 24);
-  KEST_FIELD_AT(TLibrary, handle, 0, 0)
-  KEST_FIELD_AT(TLibrary, spec, 4, 8)
+  KEST_FIELD_AT(TLibrary, handle, 0, 0);
+  KEST_FIELD_AT(TLibrary, spec, 4, 8);
 }
 
 TLibrary::~TLibrary() {

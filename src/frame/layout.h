@@ -14,14 +14,10 @@ constexpr size_t ByTarget(size_t in32Bit, size_t in64Bit) {
 
 }  // namespace KEST
 
-// Pins a field's offset. Used inside a member function where the field is not public. The classes
-// with a vtable are no standard-layout types, but this ABI gives their fields fixed offsets too.
-#define KEST_FIELD_AT(type, field, in32Bit, in64Bit)                          \
-  _Pragma("GCC diagnostic push")                                              \
-      _Pragma("GCC diagnostic ignored \"-Winvalid-offsetof\"") static_assert( \
-          offsetof(type, field) == KEST::ByTarget(in32Bit, in64Bit),          \
-          #type "::" #field " has moved");                                    \
-  _Pragma("GCC diagnostic pop")
+// Pins a field's offset. Used inside a member function where the field is not public.
+#define KEST_FIELD_AT(type, field, in32Bit, in64Bit)                       \
+  static_assert(offsetof(type, field) == KEST::ByTarget(in32Bit, in64Bit), \
+                #type "::" #field " has moved")
 
 #define KEST_SIZE_IS(type, in32Bit, in64Bit) \
   static_assert(sizeof(type) == KEST::ByTarget(in32Bit, in64Bit), #type " has another size")

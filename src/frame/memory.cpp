@@ -16,9 +16,9 @@ struct SHooks {
 };
 
 KEST_SIZE_IS(KEST::SAllocator, 12, 24);
-KEST_FIELD_AT(KEST::SAllocator, alloc, 0, 0)
-KEST_FIELD_AT(KEST::SAllocator, realloc, 4, 8)
-KEST_FIELD_AT(KEST::SAllocator, free, 8, 16)
+KEST_FIELD_AT(KEST::SAllocator, alloc, 0, 0);
+KEST_FIELD_AT(KEST::SAllocator, realloc, 4, 8);
+KEST_FIELD_AT(KEST::SAllocator, free, 8, 16);
 KEST_SIZE_IS(SHooks, 20, 40);
 
 constexpr SHooks kDefaults = {{DefaultAlloc, DefaultRealloc, DefaultFree}, {nullptr, nullptr}};

@@ -30,8 +30,8 @@ void Discard(char*& multibyte) {
 KEST_SIZE_IS(TBstr, 8, 16);
 
 TBstr::~TBstr() {
-  KEST_FIELD_AT(TBstr, string, 0, 0)
-  KEST_FIELD_AT(TBstr, multibyte, 4, 8)
+  KEST_FIELD_AT(TBstr, string, 0, 0);
+  KEST_FIELD_AT(TBstr, multibyte, 4, 8);
   DestroyMultibyteBuffer();
   KestFreeString(string);
   string = nullptr;

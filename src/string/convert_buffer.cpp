@@ -32,8 +32,8 @@ TConvertBuffer::TConvertBuffer(const char* s, int byteLength) : buffer(nullptr),
 }
 
 TConvertBuffer::~TConvertBuffer() {
-  KEST_FIELD_AT(TConvertBuffer, buffer, 0, 0)
-  KEST_FIELD_AT(TConvertBuffer, length, 4, 8)
+  KEST_FIELD_AT(TConvertBuffer, buffer, 0, 0);
+  KEST_FIELD_AT(TConvertBuffer, length, 4, 8);
   if (buffer != nullptr) KestMemFree(buffer);
 }
 

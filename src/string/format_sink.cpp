@@ -11,8 +11,8 @@
 namespace {
 
 KEST_SIZE_IS(KEST::xFILE, 8, 16);
-KEST_FIELD_AT(KEST::xFILE, position, 0, 0)
-KEST_FIELD_AT(KEST::xFILE, remaining, 4, 8)
+KEST_FIELD_AT(KEST::xFILE, position, 0, 0);
+KEST_FIELD_AT(KEST::xFILE, remaining, 4, 8);
 
 // The count stays at INT_MAX once it is there.
 void AddToCount(int* count, int n) { *count = *count <= INT_MAX - n ? *count + n : INT_MAX; }

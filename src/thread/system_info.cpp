@@ -7,11 +7,11 @@ namespace {
 using KEST::SSystemInfo;
 
 KEST_SIZE_IS(SSystemInfo, 80, 80);
-KEST_FIELD_AT(SSystemInfo, name, 0, 0)
-KEST_FIELD_AT(SSystemInfo, majorVersion, 64, 64)
-KEST_FIELD_AT(SSystemInfo, minorVersion, 68, 68)
-KEST_FIELD_AT(SSystemInfo, buildNumber, 72, 72)
-KEST_FIELD_AT(SSystemInfo, reserved, 76, 76)
+KEST_FIELD_AT(SSystemInfo, name, 0, 0);
+KEST_FIELD_AT(SSystemInfo, majorVersion, 64, 64);
+KEST_FIELD_AT(SSystemInfo, minorVersion, 68, 68);
+KEST_FIELD_AT(SSystemInfo, buildNumber, 72, 72);
+KEST_FIELD_AT(SSystemInfo, reserved, 76, 76);
 
 // Filled without a lock. It counts as filled when majorVersion is not 0, so that is stored last.
 SSystemInfo s_info;

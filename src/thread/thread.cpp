@@ -6,9 +6,9 @@ namespace KEST {
 
 TThread::TThread() : handle(nullptr), proc(nullptr), arg(nullptr) {
   KEST_SIZE_IS(TThread, 12, 24);
-  KEST_FIELD_AT(TThread, handle, 0, 0)
-  KEST_FIELD_AT(TThread, proc, 4, 8)
-  KEST_FIELD_AT(TThread, arg, 8, 16)
+  KEST_FIELD_AT(TThread, handle, 0, 0);
+  KEST_FIELD_AT(TThread, proc, 4, 8);
+  KEST_FIELD_AT(TThread, arg, 8, 16);
 }
 
 TThread::~TThread() {

@@ -36,7 +36,7 @@ int Below(int value, int offset) { return value < INT_MIN + offset ? INT_MIN : v
 namespace KEST {
 
 KEST_SIZE_IS(TTime, 4, 8);
-KEST_FIELD_AT(TTime, time, 0, 0)
+KEST_FIELD_AT(TTime, time, 0, 0);
 
 TTime::TTime() : time(0) {}
 

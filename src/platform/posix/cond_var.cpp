@@ -40,8 +40,8 @@ namespace KEST {
 
 int TCondVar::Init() {
   KEST_SIZE_IS(TCondVar, 72, 88);
-  KEST_FIELD_AT(TCondVar, mutex, 0, 0)
-  KEST_FIELD_AT(TCondVar, condition, 24, 40)
+  KEST_FIELD_AT(TCondVar, mutex, 0, 0);
+  KEST_FIELD_AT(TCondVar, condition, 24, 40);
   const int failed = TCritSec::Init();
   return failed != 0 ? failed : pthread_cond_init(&condition, nullptr);
 }

@@ -9,7 +9,7 @@ namespace KEST {
 
 int TCritSec::Init() {
   KEST_SIZE_IS(TCritSec, 24, 40);
-  KEST_FIELD_AT(TCritSec, mutex, 0, 0)
+  KEST_FIELD_AT(TCritSec, mutex, 0, 0);
   return pthread_mutex_init(&mutex, nullptr);
 }
 

@@ -24,10 +24,10 @@ struct SMessageQueue {
   void* availableData = nullptr;
 };
 KEST_SIZE_IS(SMessageQueue, 104, 152);
-KEST_FIELD_AT(SMessageQueue, messages, 0, 0)
-KEST_FIELD_AT(SMessageQueue, signal, 24, 48)
-KEST_FIELD_AT(SMessageQueue, availableCallback, 96, 136)
-KEST_FIELD_AT(SMessageQueue, availableData, 100, 144)
+KEST_FIELD_AT(SMessageQueue, messages, 0, 0);
+KEST_FIELD_AT(SMessageQueue, signal, 24, 48);
+KEST_FIELD_AT(SMessageQueue, availableCallback, 96, 136);
+KEST_FIELD_AT(SMessageQueue, availableData, 100, 144);
 
 SMessageQueue* ToQueue(void* queue) { return static_cast<SMessageQueue*>(queue); }
 
