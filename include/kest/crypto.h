@@ -121,7 +121,8 @@ class KEST_API TStreamCipher : public TCipher {
   ~TStreamCipher() override;
   int GetType() override;
 
-  // ProcessStream, and with final Reset after it. Always returns len.
+  // ProcessStream, and with final Reset after it. Returns len; a negative len does nothing and
+  // returns 0.
   int ProcessData(unsigned char* data, int len, bool final) override;
 
   // Works len bytes of keystream into data, from where the last call stopped.

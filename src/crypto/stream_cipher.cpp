@@ -11,6 +11,7 @@ TStreamCipher::~TStreamCipher() = default;
 int TStreamCipher::GetType() { return 2; }
 
 int TStreamCipher::ProcessData(unsigned char* data, int len, bool final) {
+  if (len < 0) return 0;
   ProcessStream(data, len);
   if (final) Reset();
   return len;

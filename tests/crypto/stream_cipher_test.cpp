@@ -39,16 +39,21 @@ TEST(StreamCipher, FinalResetsAfterTheData) {
 
 TEST(StreamCipher, ReturnsTheLengthWhateverItIs) {
   TToyStream cipher;
-  for (bool final : {false, true}) {
-    for (int length : {0, -1, -8, INT_MIN}) {
-      cipher.calls.clear();
-      EXPECT_EQ(length, cipher.ProcessData(nullptr, length, final));
-      EXPECT_EQ("stream(" + std::to_string(length) + ")" + (final ? "reset" : ""), cipher.calls);
-    }
-  }
+  EXPECT_EQ(0, cipher.ProcessData(nullptr, 0, true));
+  EXPECT_EQ("stream(0)reset", cipher.calls);
   for (int length = 1; length < 100; ++length) {
     Bytes data = Counting(length);
     EXPECT_EQ(length, cipher.ProcessData(data.data(), length, true));
+  }
+}
+
+TEST(StreamCipher, ANegativeLengthIsRefused) {
+  TToyStream cipher;
+  for (bool final : {false, true}) {
+    for (int length : {-1, -8, INT_MIN}) {
+      EXPECT_EQ(0, cipher.ProcessData(nullptr, length, final));
+      EXPECT_EQ("", cipher.calls);
+    }
   }
 }
 
