@@ -47,6 +47,12 @@ int TakeCensus(const Options& options) {
   if (result.directory.IsEmpty()) {
     return Complain(options.directory + KEST_TEXT(": ") + ErrorText(), kFailed);
   }
+  if (!options.system.IsEmpty()) {
+    result.system = RealSpec(options.system);
+    if (result.system.IsEmpty()) {
+      return Complain(options.system + KEST_TEXT(": ") + ErrorText(), kFailed);
+    }
+  }
   SLook look;
   if (!LookAt(result.directory, &look) || look.kind != kDirectory) {
     return Complain(options.directory + KEST_TEXT(": not a directory"), kFailed);
@@ -61,6 +67,7 @@ int TakeCensus(const Options& options) {
   }
   Census census(options, output, &result);
   if (!census.Run()) return Complain(census.GetError(), kFailed);
+  ReadMachine(&result);
   if (!WriteManifests(folder, result)) return Complain(folder.GetError(), kFailed);
   PrintSummary(result, options, census.GetMilliseconds());
   if (census.GetSignal() != 0) {

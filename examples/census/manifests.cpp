@@ -1,5 +1,6 @@
 #include "manifests.h"
 
+#include "ber.h"
 #include "names.h"
 #include "numbers.h"
 #include "report.h"
@@ -63,6 +64,53 @@ void WriteSkipped(OutputFile& out, const SResult& result) {
   }
 }
 
+// File, SHA-1, bytes and subject.
+void WriteCertificates(OutputFile& out, const SResult& result) {
+  for (int i = 0; i < result.certificates.GetCount(); ++i) {
+    const SCertificate& certificate = result.certificates.GetAt(i);
+    out.Put(EscapeForTable(certificate.file) + kTab +
+            Hex(certificate.sha1, sizeof(certificate.sha1)) + kTab + Decimal(certificate.size) +
+            kTab + certificate.subject + kNewLine);
+  }
+}
+
+void WriteDer(OutputFile& out, const SResult& result) {
+  for (int i = 0; i < result.certificates.GetCount(); ++i) {
+    const SCertificate& certificate = result.certificates.GetAt(i);
+    out.PutBytes(certificate.der, certificate.size);
+  }
+}
+
+// Where the next certificate begins in certificates.der, and where its structure goes.
+struct SStructure {
+  OutputFile& out;
+  int start;
+};
+
+void PutElement(void* structure, const SBerElement& element) {
+  const SStructure& self = *static_cast<SStructure*>(structure);
+  self.out.Put(Decimal(self.start + element.offset) + kTab + Decimal(element.depth) + kTab +
+               Decimal(element.header) + kTab + Decimal(element.item.length) + kTab +
+               Hex(&element.item.tag, 1) + kNewLine);
+}
+
+// Offset, depth, bytes of header and of content, and tag of every element.
+void WriteStructure(OutputFile& out, const SResult& result) {
+  SStructure structure = {out, 0};
+  for (int i = 0; i < result.certificates.GetCount(); ++i) {
+    const SCertificate& certificate = result.certificates.GetAt(i);
+    WalkBer(certificate.der, certificate.size, PutElement, &structure);
+    structure.start += certificate.size;
+  }
+}
+
+void WriteNotes(OutputFile& out, const SResult& result) {
+  for (int i = 0; i < result.notes.GetCount(); ++i) {
+    const SNote& note = result.notes.GetAt(i);
+    out.Put(note.part + kTab + EscapeForTable(note.subject) + kTab + note.reason + kNewLine);
+  }
+}
+
 void PutTotal(OutputFile& out, const char* name, const TBstr& value) {
   out.Put(TBstr(name) + kTab + value + kNewLine);
 }
@@ -71,6 +119,7 @@ void WriteTotals(OutputFile& out, const SResult& result) {
   const STotals& totals = result.inventory.GetTotals();
   PutTotal(out, "directory", EscapeForTable(result.directory));
   if (!result.pattern.IsEmpty()) PutTotal(out, "pattern", EscapeForTable(result.pattern));
+  if (!result.system.IsEmpty()) PutTotal(out, "system", EscapeForTable(result.system));
   PutTotal(out, "state", result.interrupted ? "interrupted" : "complete");
   PutTotal(out, "files", Decimal(totals.files));
   PutTotal(out, "bytes", Decimal(totals.bytes));
@@ -99,10 +148,16 @@ const SManifest<SResult> kManifests[] = {
     {KEST_TEXT("skipped.txt"), kBytes, WriteSkipped},
     {KEST_TEXT("report.txt"), kUtf8, WriteReport},
     {KEST_TEXT("report.u16"), kUtf16, WriteReport},
+    {KEST_TEXT("certificates.tsv"), kBytes, WriteCertificates},
+    {KEST_TEXT("certificates.der"), kBytes, WriteDer},
+    {KEST_TEXT("certificates.asn1"), kBytes, WriteStructure},
+    {KEST_TEXT("notes.txt"), kBytes, WriteNotes},
     {KEST_TEXT("totals.txt"), kBytes, WriteTotals},
 };
 
 }  // namespace
+
+void ReadMachine(SResult* result) { result->certificates.Read(result->system, result->notes); }
 
 bool WriteManifests(OutputFolder& folder, const SResult& result) {
   return folder.Write(kManifests, result);

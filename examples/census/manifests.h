@@ -3,9 +3,11 @@
 #ifndef CENSUS_MANIFESTS_H
 #define CENSUS_MANIFESTS_H
 
+#include "certificates.h"
 #include "duplicates.h"
 #include "inventory.h"
 #include "kest/string.h"
+#include "notes.h"
 #include "output.h"
 
 namespace census {
@@ -17,7 +19,14 @@ struct SResult {
   bool interrupted = false;
   Inventory inventory;
   Duplicates duplicates;
+
+  KEST::TBstr system;  // the folder that stands for the machine's root; empty for the root itself
+  Certificates certificates;
+  Notes notes;
 };
+
+// Reads what the census tells of the machine itself.
+void ReadMachine(SResult* result);
 
 bool WriteManifests(OutputFolder& folder, const SResult& result);
 

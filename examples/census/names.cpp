@@ -30,15 +30,7 @@ TBstr FromUtf8(const TBstr& bytes) {
       KestUtf8ToString(bytes.GetMultibyteString(), length, *text.GetRawBstrPtr(), length);
   if (!text.AdjustBuffer(units, true) || HasSurrogates(text)) return TBstr();
 
-  const int size = static_cast<int>(KestStringUtf8ByteLen(text.GetString()));
-  if (size != length) return TBstr();
-  constexpr int kSlack = 2;  // the converter may run that far past the size
-  char* utf8 = static_cast<char*>(KestMemAlloc(static_cast<unsigned int>(size + kSlack)));
-  if (utf8 == nullptr) return TBstr();
-  KestStringToUtf8(text.GetString(), units, utf8, size);
-  const bool same = TBstr(utf8, size) == bytes;
-  KestMemFree(utf8);
-  return same ? text : TBstr();
+  return ToUtf8(text) == bytes ? text : TBstr();
 }
 
 }  // namespace
@@ -76,6 +68,17 @@ TBstr Readable(const TBstr& name) {
     if (unit < u' ' || unit == kDelete) text.SetAt(i, u'?');
   }
   return text;
+}
+
+TBstr ToUtf8(const TBstr& text) {
+  const int size = static_cast<int>(KestStringUtf8ByteLen(text.GetString()));
+  constexpr int kSlack = 2;  // the converter may run that far past the size
+  char* utf8 = static_cast<char*>(KestMemAlloc(static_cast<unsigned int>(size + kSlack)));
+  if (utf8 == nullptr) return TBstr();
+  KestStringToUtf8(text.GetString(), text.GetLength(), utf8, size);
+  const TBstr bytes(utf8, size);
+  KestMemFree(utf8);
+  return bytes;
 }
 
 TBstr ExtensionOf(const TBstr& path) {

@@ -22,6 +22,9 @@ KEST::TBstr EscapeForSums(const KEST::TBstr& name, bool* escaped);
 // For people: read as UTF-8 where it is UTF-8, unit by unit where it is not, without controls.
 KEST::TBstr Readable(const KEST::TBstr& name);
 
+// The UTF-8 form of a text, one unit a byte.
+KEST::TBstr ToUtf8(const KEST::TBstr& text);
+
 // ".gz" of "./a/b.tar.gz"; empty when the last dot begins or ends the file's name, or is missing.
 KEST::TBstr ExtensionOf(const KEST::TBstr& path);
 

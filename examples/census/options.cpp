@@ -11,18 +11,21 @@ using KEST::TFile;
 namespace census {
 
 const char* const kHelpText =
-    "Usage: kest-census [DIR] [-o OUT] [--workers N] [--pattern P]\n"
+    "Usage: kest-census [DIR] [-o OUT] [--workers N] [--pattern P] [--system ROOT]\n"
     "Takes an inventory of the directory tree DIR (/usr/share) that other tools can check.\n"
     "\n"
     "  -o, --output OUT   the folder for the results (census)\n"
     "  --workers N        threads that read files, 1 to 64 (one for each processor)\n"
     "  --pattern P        only names that match P, as a shell would match them; directories\n"
     "                     are entered whatever their names\n"
+    "  --system ROOT      where the machine's own /etc, /usr and /var are looked for (/)\n"
     "  --help, --version  this text, the version\n"
     "\n"
     "OUT then holds files.tsv, MD5SUMS, SHA1SUMS, MD4SUMS, dups.txt, skipped.txt, report.txt,\n"
     "report.u16 and totals.txt. Links are listed, not followed; fifos, sockets and devices are\n"
-    "listed, not opened.\n"
+    "listed, not opened. Of the machine itself OUT tells\n"
+    "  certificates.*     the certificates that it trusts\n"
+    "  notes.txt          what of this is missing here or cannot be read\n"
     "\n"
     "Exit status:\n"
     "  0    everything was read\n"
@@ -35,7 +38,8 @@ namespace {
 
 bool NeedsValue(const TBstr& name) {
   return name == KEST_TEXT("-o") || name == KEST_TEXT("--output") ||
-         name == KEST_TEXT("--workers") || name == KEST_TEXT("--pattern");
+         name == KEST_TEXT("--workers") || name == KEST_TEXT("--pattern") ||
+         name == KEST_TEXT("--system");
 }
 
 // The number that text is from its first unit to its last; 0 for anything else.
@@ -107,7 +111,7 @@ Options::EAction Options::ParseOption(const TBstr& name, const TBstr& value, TBs
     *error = TBstr("--pattern is matched with single names, so it holds no /: ") + value;
     return kRefuse;
   }
-  output = value;
+  (name == KEST_TEXT("--system") ? system : output) = value;
   return kRun;
 }
 

@@ -14,6 +14,7 @@ struct Options {
   KEST::TBstr directory;
   KEST::TBstr output;
   KEST::TBstr pattern;  // empty for every name
+  KEST::TBstr system;   // the folder that stands for the machine's root; empty for the root itself
   int workers;
 
   Options();

@@ -21,12 +21,11 @@ class OutputFile {
 
   bool Open(const KEST::TBstr& spec, EEncoding encoding);
   void Put(const KEST::TBstr& text);
+  void PutBytes(const void* bytes, int count);
   // True when everything has reached the system.
   bool Close();
 
  private:
-  void PutBytes(const void* bytes, int count);
-
   KEST::TFile file;
   EEncoding encoding;
   bool failed;

@@ -110,9 +110,16 @@ bool Contains(const std::string& text, const std::string& part) {
   return text.find(part) != std::string::npos;
 }
 
-constexpr const char* kOutputs[] = {"files.tsv",  "MD5SUMS",    "SHA1SUMS",
-                                    "MD4SUMS",    "dups.txt",   "skipped.txt",
-                                    "report.txt", "report.u16", "totals.txt"};
+constexpr const char* kOutputs[] = {
+    "files.tsv",         "MD5SUMS",    "SHA1SUMS",   "MD4SUMS",          "dups.txt",
+    "skipped.txt",       "report.txt", "report.u16", "certificates.tsv", "certificates.der",
+    "certificates.asn1", "notes.txt",  "totals.txt"};
+
+constexpr const char* kMachineParts[] = {"certificates"};
+
+// Claims about the tree alone: all can be checked on any machine.
+constexpr int kTreeClaims = 12;
+constexpr int kAllClaims = kTreeClaims + 3;
 
 // A temporary folder with the tree to count in "tree" and the results in "out".
 class Census : public testing::Test {
@@ -123,8 +130,10 @@ class Census : public testing::Test {
     ASSERT_NE(nullptr, mkdtemp(name.data()));
     base = name;
     tree = base + "/tree";
+    system = base + "/system";
     out = base + "/out";
     ASSERT_EQ(0, mkdir(tree.c_str(), 0755));
+    ASSERT_EQ(0, mkdir(system.c_str(), 0755));
   }
   void TearDown() override {
     Process({"chmod", "-R", "u+rwx", base}).Wait();
@@ -152,7 +161,7 @@ class Census : public testing::Test {
   }
   // Counts the tree into out; returns the status.
   int Run(Strings options = {}, const std::function<void()>& prepare = nullptr) {
-    options.insert(options.end(), {tree, "-o", out});
+    options.insert(options.end(), {tree, "-o", out, "--system", system});
     Process census(Command(options), prepare);
     const int status = census.Wait();
     said = census.said;
@@ -164,12 +173,30 @@ class Census : public testing::Test {
     *status = verify.Wait();
     return verify.said;
   }
-  void ExpectVerified(const std::function<void()>& prepare = nullptr) {
+  void ExpectVerified(const std::function<void()>& prepare = nullptr, int claims = kTreeClaims) {
     int status;
     const std::string table = Verify(&status, prepare);
     EXPECT_EQ(0, status) << table;
     EXPECT_FALSE(Contains(table, "FAILED")) << table;
-    EXPECT_EQ(12, CountRows(table, " ok\n")) << table;
+    EXPECT_EQ(claims, CountRows(table, " ok\n")) << table;
+  }
+  // Runs a script of the shell in the folder that stands for the machine's root.
+  void Shell(const std::string& script) {
+    Process shell({"sh", "-e", "-c", script}, [this] {
+      if (chdir(system.c_str()) != 0) _exit(126);
+    });
+    ASSERT_EQ(0, shell.Wait()) << shell.said;
+  }
+  // A machine with a little of everything.
+  void MakeSystem() {
+    Shell(R"(mkdir -p etc/ssl/certs usr/share/ca-certificates/sub
+      make() {
+        openssl req -x509 -newkey ec -pkeyopt ec_paramgen_curve:prime256v1 -nodes -keyout key.pem \
+          -utf8 -multivalue-rdn -subj "$1" -out "$2"
+      }
+      make '/C=DE/O=Größe, "und" <so>;+OU=a\\b/CN= lead #' one.crt
+      make '/CN=#two /emailAddress=a@b.example/businessCategory=2.5.4.6=x/GN=A' two.pem
+      { echo Two: ; cat one.crt; sed 's/$/\r/' two.pem; } >etc/ssl/certs/ca-certificates.crt)");
   }
   static int CountRows(const std::string& table, const std::string& end) {
     int rows = 0;
@@ -202,7 +229,7 @@ class Census : public testing::Test {
   void MakeTwins();
   void MakeNoFiles();
 
-  std::string base, tree, out, said;
+  std::string base, tree, system, out, said;
 };
 
 std::string FromHex(const std::string& hex) {
@@ -392,7 +419,7 @@ TEST_F(Census, FollowsALinkThatIsTheDirectoryItself) {
   File("file", "x");
   Folder("in");
   ASSERT_EQ(0, symlink("tree", (base + "/way").c_str()));
-  Process census(Command({base + "/way", "-o", out}));
+  Process census(Command({base + "/way", "-o", out, "--system", system}));
   ASSERT_EQ(0, census.Wait()) << census.said;
   EXPECT_EQ(tree, Total("directory"));
   ExpectVerified();
@@ -601,7 +628,7 @@ class LongCensus : public Census {
   }
   // Runs until the small files are done, then sends the signal.
   int RunAndSignal(int number) {
-    Process census(Command({tree, "-o", out}));
+    Process census(Command({tree, "-o", out, "--system", system}));
     while (!Contains(census.ReadLine(), " 300 files")) {
     }
     census.Signal(number);
@@ -636,7 +663,7 @@ TEST_F(LongCensus, IsConfirmedForWhatWasDoneOnly) {
 TEST_F(Census, IgnoresSignalsThatItsParentIgnores) {
   File("first", "x");
   Sparse("large", "64M");
-  Process census(Command({tree, "-o", out}), [] { signal(SIGINT, SIG_IGN); });
+  Process census(Command({tree, "-o", out, "--system", system}), [] { signal(SIGINT, SIG_IGN); });
   census.ReadLine();
   census.Signal(SIGINT);
   EXPECT_EQ(0, census.Wait()) << census.said;
@@ -645,7 +672,7 @@ TEST_F(Census, IgnoresSignalsThatItsParentIgnores) {
 
 TEST_F(Census, GoesOnWhenNobodyReadsItsProgress) {
   File("file", "x");
-  Process census(Command({tree, "-o", out}), [] { signal(SIGPIPE, SIG_DFL); });
+  Process census(Command({tree, "-o", out, "--system", system}), [] { signal(SIGPIPE, SIG_DFL); });
   census.StopReading();
   EXPECT_EQ(0, census.Wait());
   ExpectVerified();
@@ -663,12 +690,15 @@ TEST_F(Census, DrawsABarOnATerminal) {
     SCOPED_TRACE(width);
     const winsize size = {24, width, 0, 0};
     ASSERT_EQ(0, ioctl(screen, TIOCSWINSZ, &size));
-    Process census(Command({tree, "-o", out}), nullptr, screen);
+    Process census(Command({tree, "-o", out, "--system", system}), nullptr, screen);
     EXPECT_EQ(0, census.Wait());
-    char text[65536];
-    const ssize_t count = read(terminal, text, sizeof(text));
-    ASSERT_GT(count, 0);
-    const std::string drawn(text, static_cast<size_t>(count));
+    std::string drawn;
+    while (!Contains(drawn, "written to ") || drawn.back() != '\n') {
+      char text[4096];
+      const ssize_t count = read(terminal, text, sizeof(text));
+      ASSERT_GT(count, 0);
+      drawn.append(text, static_cast<size_t>(count));
+    }
     ASSERT_EQ('\r', drawn[0]);
     const std::string bar = drawn.substr(1, drawn.find("\x1B[K") - 1);
     EXPECT_LT(bar.size(), width);
@@ -686,8 +716,9 @@ TEST_F(Census, VerifyNoticesEveryBrokenFile) {
   MakeTwins();
   MakeNoFiles();
   Sparse("large", "2G");
+  MakeSystem();
   ASSERT_EQ(1, Run()) << said;
-  ExpectVerified();
+  ExpectVerified(nullptr, kAllClaims);
   const std::string kFiles = "files.tsv", kCounts = "totals.txt: counts", kLists = "each file",
                     kExtensions = "totals.txt: extensions", kDups = "dups.txt",
                     kReport = "report.u16", kSpecial = "skipped.txt: links",
@@ -727,6 +758,10 @@ TEST_F(Census, VerifyNoticesEveryBrokenFile) {
       {{{"totals.txt", "s/^directories\\t/&1/"}}, {kCounts}},
       {{{"totals.txt", "s/^special\\t/&1/"}}, {kCounts}},
       {{{"totals.txt", "s/^digested\\t/&1/"}}, {kCounts}},
+      {{{"certificates.der", "1s/^./1/"},
+        {"certificates.asn1", "1s/^0/1/"},
+        {"certificates.tsv", "s/lead/load/"}},
+       {"certificates.der", "certificates.asn1", "certificates.tsv"}},
   };
   const std::string whole = base + "/whole";
   ASSERT_EQ(0, rename(out.c_str(), whole.c_str()));
@@ -749,6 +784,60 @@ TEST_F(Census, VerifyNoticesEveryBrokenFile) {
     }
     ASSERT_EQ(0, Process({"rm", "-r", out}).Wait());
   }
+}
+
+TEST_F(Census, ReadsCertificatesOfEveryPlace) {
+  File("file", "x");
+  MakeSystem();
+  ASSERT_EQ(0, Run()) << said;
+  const std::string subject =
+      "\tC=DE, OU=a\\\\b + O=Größe\\, \\\"und\\\" \\<so\\>\\;, CN=\\ lead #\n";
+  EXPECT_TRUE(Contains(Output("certificates.tsv"), subject)) << Output("certificates.tsv");
+  EXPECT_TRUE(Contains(Output("certificates.tsv"),
+                       "\tCN=\\#two\\ , emailAddress=a@b.example, "
+                       "2.5.4.15=2.5.4.6=x, 2.5.4.42=A\n"))
+      << Output("certificates.tsv");
+  // Without the bundle the files beside it count; without these, the sources.
+  Shell("rm etc/ssl/certs/*; cp one.crt two.pem etc/ssl/certs; cp one.crt etc/ssl/certs/.not.crt");
+  ASSERT_EQ(0, Run()) << said;
+  EXPECT_EQ(2, CountLines(Output("certificates.tsv")));
+  EXPECT_TRUE(Contains(Output("certificates.tsv"), "/etc/ssl/certs/two.pem\t"));
+  ExpectVerified(nullptr, kAllClaims);
+  Shell("rm etc/ssl/certs/*; cp one.crt usr/share/ca-certificates/sub; : >usr/share/empty.crt");
+  ASSERT_EQ(0, Run()) << said;
+  EXPECT_TRUE(Contains(Output("certificates.tsv"), "/usr/share/ca-certificates/sub/one.crt\t"));
+  ExpectVerified(nullptr, kAllClaims);
+}
+
+TEST_F(Census, NotesCertificatesThatCannotBeRead) {
+  MakeSystem();
+  Shell(R"({ sed 3s/./-/ one.crt; cat two.pem; sed 2s/^M/N/ one.crt
+      printf -- '-----BEGIN CERTIFICATE-----\n-----END CERTIFICATE-----\n'
+    } >etc/ssl/certs/ca-certificates.crt)");
+  ASSERT_EQ(0, Run()) << said;
+  const std::string start = "certificates\t/etc/ssl/certs/ca-certificates.crt\tcertificate ";
+  EXPECT_EQ(
+      start + "1 cannot be read\n" + start + "3 cannot be read\n" + start + "4 cannot be read\n",
+      Output("notes.txt"));
+  ExpectVerified(nullptr, kAllClaims);
+}
+
+TEST_F(Census, SaysWhatTheMachineLacks) {
+  ASSERT_EQ(0, Run()) << said;
+  int status;
+  const std::string table = Verify(&status);
+  EXPECT_EQ(0, status);
+  EXPECT_EQ(kTreeClaims, CountRows(table, " ok\n")) << table;
+  for (const char* part : kMachineParts) {
+    EXPECT_TRUE(Contains("\n" + Output("notes.txt"), std::string("\n") + part + "\t")) << part;
+  }
+  EXPECT_EQ(3, CountRows(table, "-  not checked: no certificates here\n")) << table;
+  // Empty without a word of it is no answer.
+  std::ofstream(out + "/notes.txt") << "";
+  EXPECT_EQ(kAllClaims - kTreeClaims, CountRows(Verify(&status), "  FAILED\n"));
+  EXPECT_EQ(1, status);
+  system = base + "/nowhere";
+  EXPECT_EQ(3, Run());
 }
 
 TEST_F(Census, VerifyNoticesAChangedTree) {
