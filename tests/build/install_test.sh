@@ -23,7 +23,7 @@ add_executable(static main.cpp)
 target_link_libraries(static Kest::Static)
 END
 {
-  cmake -S "$work/client" -B "$work/client/build" -DCMAKE_PREFIX_PATH="$work/moved" &&
+  cmake -G Ninja -S "$work/client" -B "$work/client/build" -DCMAKE_PREFIX_PATH="$work/moved" &&
     cmake --build "$work/client/build" && "$work/client/build/shared" && "$work/client/build/static"
 } >"$work/log" 2>&1 || { echo 'find_package does not serve:'; tail -n 20 "$work/log"; exit 1; }
 

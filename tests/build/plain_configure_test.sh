@@ -6,6 +6,7 @@ source=$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 status=0
+export CMAKE_GENERATOR=Ninja  # what the presets use; make need not be here
 
 cmake -S "$source" -B "$work/plain" -DKEST_BUILD_TESTS=OFF >"$work/log" 2>&1 || { echo 'a plain configure fails:'; tail "$work/log"; status=1; }
 grep -q '^KEST_BITS:STRING=32$' "$work/plain/CMakeCache.txt" || { echo 'a plain build is not the 32-bit one'; status=1; }
