@@ -51,7 +51,7 @@ extern "C" {
 // thread. allocator holds the hooks to use until the last KestUninitialize and is read only by the
 // call that starts the library; null, or a record with a null hook, leaves malloc, realloc and free
 // in force. Returns 1, or 0 when a subsystem could not start: the count is then as before, what
-// had started stays, and the next call begins again from the first step.
+// had started stays, its hooks included, and the next call begins again from the first step.
 KEST_API int KestInitialize(KEST::SAllocator* allocator);
 
 // Balances one KestInitialize: frees the calling thread's thread-local data, and on the last call

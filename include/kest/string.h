@@ -165,7 +165,8 @@ KEST_API unsigned short* ucsrev(unsigned short* s);
 // length they append nothing; with a smaller size the room wraps around and THE COPY IS UNBOUNDED.
 // Never pass a size below the length of the contents.
 //
-// s2ulcpy widens bytes as ISO 8859-1. strlcpy and strlcat count in bytes.
+// s2ulcpy widens bytes as ISO 8859-1; its two places must not overlap. strlcpy and strlcat count in
+// bytes.
 KEST_API unsigned int ucslcpy(unsigned short* dest, const unsigned short* src, unsigned int size);
 KEST_API unsigned int ucslcat(unsigned short* dest, const unsigned short* src, unsigned int size);
 KEST_API unsigned int s2ulcpy(unsigned short* dest, const char* src, unsigned int size);

@@ -96,6 +96,20 @@ TEST(Lifecycle, AnIncompleteAllocatorIsIgnoredAsAWhole) {
   }
 }
 
+// Nothing is undone, the hooks least of all.
+TEST(Lifecycle, AFailedStartLeavesItsHooksInForce) {
+  kest_test::TestAllocator counting;
+  KEST::MemTerm();
+  KEST::SAllocator hooks = counting.Hooks();
+  counting.Refuse(1, kest_test::TestAllocator::kFromThereOn);
+  ASSERT_EQ(0, KestInitialize(&hooks));
+  counting.Reset();
+  ASSERT_EQ(1, KestInitialize(nullptr));
+  EXPECT_GT(counting.Requests(), 0);
+  KestUninitialize();
+  EXPECT_EQ(0, counting.Live());
+}
+
 TEST(Lifecycle, AFailedStartCanBeTriedAgainWithoutALeak) {
   kest_test::TestAllocator counting;
   KEST::MemTerm();

@@ -1,3 +1,5 @@
+#include <limits.h>
+
 #include "kest/frame.h"
 #include "kest/string.h"
 #include "support/test_allocator.h"
@@ -88,6 +90,17 @@ TEST(Module, MeasuresAndCopiesThroughTheSlots) {
   kest_strlen = strlen;
   kest_strcpy = strcpy;
   ExpectSpec("/A/B.S");
+  SharedLibTerm();
+}
+
+// One byte more would not fit the 32 bits of a request.
+TEST(Module, APathThatIsTooLongIsNoPath) {
+  kest_test::TestAllocator allocator;
+  kest_strlen = [](const char*) -> size_t { return UINT_MAX; };
+  EXPECT_TRUE(SharedLibInit("/a/b.so"));
+  kest_strlen = strlen;
+  EXPECT_EQ(0, allocator.Requests());
+  EXPECT_TRUE(KEST::ModuleGetFileSpec().IsEmpty());
   SharedLibTerm();
 }
 

@@ -117,4 +117,25 @@ TEST(RuntimeTable, AStoreChangesWhatEveryCallerOfTheSlotGets) {
   kest_ucslen = KEST::ucslen;
 }
 
+void Trap() { ADD_FAILURE() << "the library called through a slot"; }
+
+TEST(RuntimeTable, TheLibraryDoesNotCallThroughItsSlots) {
+  for (const Slot& row : kSlots) *row.slot = reinterpret_cast<void*>(Trap);
+  EXPECT_EQ(1, KestInitialize(nullptr));
+  {
+    KEST::TBstr text("bytes and");
+    text.Append(KEST_TEXT(" units")).MakeUpper();
+    text.Replace(KEST_TEXT(" "), KEST_TEXT("-"));
+    text.Format(KEST_TEXT("%s: %d"), text.GetString(), text.Find(KEST_TEXT("UNITS")));
+    EXPECT_STREQ("BYTES-AND-UNITS: 10", text.GetMultibyteString());
+    EXPECT_EQ(10, text.Right(2).ToLong());
+    unsigned short units[8] = {};
+    EXPECT_EQ(3u, KEST::ucslcat(units, KEST_TEXT("abc"), 8));
+    EXPECT_EQ(6u, KEST::ucslcat(units, units, 8));
+    EXPECT_EQ(units + 5, KEST::ucsrchr(units, 'c'));
+  }
+  KestUninitialize();
+  for (const Slot& row : kSlots) *row.slot = row.target;
+}
+
 }  // namespace
