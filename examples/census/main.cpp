@@ -53,6 +53,7 @@ int TakeCensus(const Options& options) {
       return Complain(options.system + KEST_TEXT(": ") + ErrorText(), kFailed);
     }
   }
+  result.sealed = options.seal;
   SLook look;
   if (!LookAt(result.directory, &look) || look.kind != kDirectory) {
     return Complain(options.directory + KEST_TEXT(": not a directory"), kFailed);

@@ -4,6 +4,7 @@
 #include "names.h"
 #include "numbers.h"
 #include "report.h"
+#include "seal.h"
 
 using KEST::TBstr;
 
@@ -138,7 +139,7 @@ void WriteTotals(OutputFile& out, const SResult& result) {
   }
 }
 
-// The last one seals the others.
+// totals.txt comes last and vouches for the others.
 const SManifest<SResult> kManifests[] = {
     {KEST_TEXT("files.tsv"), kBytes, WriteFiles},
     {KEST_TEXT("MD5SUMS"), kBytes, WriteMd5Sums},
@@ -157,10 +158,18 @@ const SManifest<SResult> kManifests[] = {
 
 }  // namespace
 
-void ReadMachine(SResult* result) { result->certificates.Read(result->system, result->notes); }
+void ReadMachine(SResult* result) {
+  TBstr reason("not sealed, as asked");
+  result->sealed = result->sealed && SeedRandom(&reason);
+  if (!result->sealed) result->notes.Add("seal", "random bytes", reason);
+  result->certificates.Read(result->system, result->notes);
+}
 
 bool WriteManifests(OutputFolder& folder, const SResult& result) {
-  return folder.Write(kManifests, result);
+  const bool good = folder.Write(kManifests, result) && SealManifests(folder, result.sealed) &&
+                    folder.Publish("totals.txt");
+  if (!good) folder.Discard();
+  return good;
 }
 
 }  // namespace census

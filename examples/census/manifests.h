@@ -20,6 +20,7 @@ struct SResult {
   Inventory inventory;
   Duplicates duplicates;
 
+  bool sealed = true;
   KEST::TBstr system;  // the folder that stands for the machine's root; empty for the root itself
   Certificates certificates;
   Notes notes;

@@ -12,12 +12,14 @@ namespace census {
 
 const char* const kHelpText =
     "Usage: kest-census [DIR] [-o OUT] [--workers N] [--pattern P] [--system ROOT]\n"
+    "                   [--no-seal]\n"
     "Takes an inventory of the directory tree DIR (/usr/share) that other tools can check.\n"
     "\n"
     "  -o, --output OUT   the folder for the results (census)\n"
     "  --workers N        threads that read files, 1 to 64 (one for each processor)\n"
     "  --pattern P        only names that match P, as a shell would match them; directories\n"
     "                     are entered whatever their names\n"
+    "  --no-seal          do not encipher the results into OUT/sealed\n"
     "  --system ROOT      where the machine's own /etc, /usr and /var are looked for (/)\n"
     "  --help, --version  this text, the version\n"
     "\n"
@@ -26,6 +28,8 @@ const char* const kHelpText =
     "listed, not opened. Of the machine itself OUT tells\n"
     "  certificates.*     the certificates that it trusts\n"
     "  notes.txt          what of this is missing here or cannot be read\n"
+    "OUT/sealed holds each of these files enciphered with DES, RC2 and RC4, and OUT/seal.tsv the\n"
+    "keys and HMACs: keep that one to yourself.\n"
     "\n"
     "Exit status:\n"
     "  0    everything was read\n"
@@ -56,7 +60,8 @@ int WholeNumber(const TBstr& text) {
 Options::Options()
     : directory("/usr/share"),
       output("census"),
-      workers(std::min<int>(ProcessorCount(), kMaxWorkers)) {}
+      workers(std::min<int>(ProcessorCount(), kMaxWorkers)),
+      seal(true) {}
 
 Options::EAction Options::Parse(int argc, const char* const* argv, TBstr* error) {
   bool optionsOver = false, directoryGiven = false;
@@ -91,6 +96,10 @@ Options::EAction Options::Parse(int argc, const char* const* argv, TBstr* error)
 Options::EAction Options::ParseOption(const TBstr& name, const TBstr& value, TBstr* error) {
   if (name == KEST_TEXT("--help") && value.IsEmpty()) return kShowHelp;
   if (name == KEST_TEXT("--version") && value.IsEmpty()) return kShowVersion;
+  if (name == KEST_TEXT("--no-seal") && value.IsEmpty()) {
+    seal = false;
+    return kRun;
+  }
   if (!NeedsValue(name)) {
     *error = TBstr("unknown option ") + name;
     return kRefuse;

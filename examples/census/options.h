@@ -16,6 +16,7 @@ struct Options {
   KEST::TBstr pattern;  // empty for every name
   KEST::TBstr system;   // the folder that stands for the machine's root; empty for the root itself
   int workers;
+  bool seal;
 
   Options();
   // Reads the command line; with kRefuse, error says what is wrong with it.

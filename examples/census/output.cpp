@@ -17,7 +17,8 @@ constexpr int kUtf8BytesPerUnit = 3;
 
 }  // namespace
 
-bool OutputFile::Open(const TBstr& spec, EEncoding ownEncoding) {
+bool OutputFile::Open(const TBstr& ownSpec, EEncoding ownEncoding) {
+  spec = ownSpec;
   encoding = ownEncoding;
   failed = false;
   if (!file.Open(spec, kCreateFlags, true)) return false;
@@ -53,43 +54,52 @@ void OutputFile::PutBytes(const void* bytes, int count) {
 bool OutputFolder::Prepare() {
   ForgetError();
   if (!TFile::CreatePath(folder)) return Fail(folder);
-  const unsigned short* probe = KEST_TEXT("probe");
+  const TBstr probe = PartOf("probe");
+  ForgetError();
   OutputFile out;
-  if (!Begin(out, probe, kBytes)) return false;
-  const bool good = End(out, probe);
-  Discard(probe);
+  const bool good = (out.Open(probe, kBytes) && out.Close()) || Fail(probe);
+  TFile::Remove(probe);
   return good;
 }
 
-bool OutputFolder::Begin(OutputFile& out, const unsigned short* name, EEncoding encoding) {
+bool OutputFolder::MakeFolder(const TBstr& name) {
   ForgetError();
-  return out.Open(PartOf(name), encoding) || Fail(PartOf(name));
+  return TFile::CreatePath(SpecOf(name)) || Fail(SpecOf(name));
 }
 
-bool OutputFolder::End(OutputFile& out, const unsigned short* name) {
-  return out.Close() || Fail(PartOf(name));
+bool OutputFolder::Begin(OutputFile& out, const TBstr& name, EEncoding encoding) {
+  ForgetError();
+  const int count = names.GetCount();
+  names.Add(name);
+  if (names.GetCount() > count && out.Open(PartOf(name), encoding)) return true;
+  return Fail(PartOf(name));
 }
 
-bool OutputFolder::Remove(const unsigned short* name) {
+bool OutputFolder::End(OutputFile& out) { return out.Close() || Fail(out.GetSpec()); }
+
+bool OutputFolder::Publish(const TBstr& seal) {
   ForgetError();
   SLook look;
-  const bool there = LookAt(SpecOf(name), &look);
-  return !there || TFile::Remove(SpecOf(name)) || Fail(SpecOf(name));
+  if (LookAt(SpecOf(seal), &look) && !TFile::Remove(SpecOf(seal))) return Fail(SpecOf(seal));
+  for (int i = 0; i < names.GetCount(); ++i) {
+    if (names.GetAt(i) != seal && !Rename(names.GetAt(i))) return false;
+  }
+  return Rename(seal);
 }
 
-bool OutputFolder::Publish(const unsigned short* name) {
+void OutputFolder::Discard() {
+  for (int i = 0; i < names.GetCount(); ++i) TFile::Remove(PartOf(names.GetAt(i)));
+}
+
+TBstr OutputFolder::PartOf(const TBstr& name) const { return SpecOf(name) + KEST_TEXT(".part"); }
+
+bool OutputFolder::Rename(const TBstr& name) {
   ForgetError();
   return TFile::Rename(PartOf(name), SpecOf(name)) || Fail(SpecOf(name));
 }
 
-void OutputFolder::Discard(const unsigned short* name) { TFile::Remove(PartOf(name)); }
-
-TBstr OutputFolder::SpecOf(const unsigned short* name) const {
+TBstr OutputFolder::SpecOf(const TBstr& name) const {
   return TFile::AppendFileNameToSpec(folder, name);
-}
-
-TBstr OutputFolder::PartOf(const unsigned short* name) const {
-  return SpecOf(name) + KEST_TEXT(".part");
 }
 
 bool OutputFolder::Fail(const TBstr& spec) {

@@ -3,6 +3,7 @@
 #ifndef CENSUS_OUTPUT_H
 #define CENSUS_OUTPUT_H
 
+#include "input.h"
 #include "kest/file.h"
 #include "kest/string.h"
 
@@ -24,9 +25,12 @@ class OutputFile {
   void PutBytes(const void* bytes, int count);
   // True when everything has reached the system.
   bool Close();
+  // As given to Open.
+  const KEST::TBstr& GetSpec() const { return spec; }
 
  private:
   KEST::TFile file;
+  KEST::TBstr spec;
   EEncoding encoding;
   bool failed;
 };
@@ -39,45 +43,54 @@ struct SManifest {
   void (*write)(OutputFile& out, const Subject& subject);
 };
 
-// Files are written beside their final names, with ".part" behind; only when the last of them is
-// whole are they renamed. The last of the table is the seal: without it the others count for
-// nothing, and it is the first to go and the last to come.
+// Files are written beside their final names, with ".part" behind; only when all are whole are they
+// renamed. One of them is the seal: without it the others count for nothing, and it is the first to
+// go and the last to come.
 class OutputFolder {
  public:
   explicit OutputFolder(const KEST::TBstr& spec) : folder(spec) {}
 
   // Makes the folder and tries it out, so that a long run does not fail at its end.
   bool Prepare();
+  // Makes a folder in it.
+  bool MakeFolder(const KEST::TBstr& name);
 
+  // Takes a file up, to be written by the caller and ended.
+  bool Begin(OutputFile& out, const KEST::TBstr& name, EEncoding encoding);
+  bool End(OutputFile& out);
+
+  // Takes up all files of a table.
   template <typename Subject, int count>
   bool Write(const SManifest<Subject> (&manifests)[count], const Subject& subject) {
-    bool good = true;
-    for (int i = 0; good && i < count; ++i) {
+    for (int i = 0; i < count; ++i) {
       OutputFile out;
-      good = Begin(out, manifests[i].name, manifests[i].encoding);
-      if (good) manifests[i].write(out, subject);
-      good = good && End(out, manifests[i].name);
+      if (!Begin(out, manifests[i].name, manifests[i].encoding)) return false;
+      manifests[i].write(out, subject);
+      if (!End(out)) return false;
     }
-    good = good && Remove(manifests[count - 1].name);
-    for (int i = 0; good && i < count; ++i) good = Publish(manifests[i].name);
-    for (int i = 0; !good && i < count; ++i) Discard(manifests[i].name);
-    return good;
+    return true;
   }
 
+  // The files taken up, in that order, and where each is until it is published.
+  int GetCount() const { return names.GetCount(); }
+  const KEST::TBstr& GetNameAt(int index) const { return names.GetAt(index); }
+  KEST::TBstr PartOf(const KEST::TBstr& name) const;
+
+  // Gives all files their names, or, after a failure, removes them.
+  bool Publish(const KEST::TBstr& seal);
+  void Discard();
+
+  // Remembers a failure with the file at spec. Always false.
+  bool Fail(const KEST::TBstr& spec);
   // What went wrong: the file and the system's reason.
   const KEST::TBstr& GetError() const { return error; }
 
  private:
-  bool Begin(OutputFile& out, const unsigned short* name, EEncoding encoding);
-  bool End(OutputFile& out, const unsigned short* name);
-  bool Remove(const unsigned short* name);
-  bool Publish(const unsigned short* name);
-  void Discard(const unsigned short* name);
-  KEST::TBstr SpecOf(const unsigned short* name) const;
-  KEST::TBstr PartOf(const unsigned short* name) const;
-  bool Fail(const KEST::TBstr& spec);
+  bool Rename(const KEST::TBstr& name);
+  KEST::TBstr SpecOf(const KEST::TBstr& name) const;
 
   KEST::TBstr folder;
+  TextList names;
   KEST::TBstr error;
 };
 

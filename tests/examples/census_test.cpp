@@ -113,13 +113,15 @@ bool Contains(const std::string& text, const std::string& part) {
 constexpr const char* kOutputs[] = {
     "files.tsv",         "MD5SUMS",    "SHA1SUMS",   "MD4SUMS",          "dups.txt",
     "skipped.txt",       "report.txt", "report.u16", "certificates.tsv", "certificates.der",
-    "certificates.asn1", "notes.txt",  "totals.txt"};
+    "certificates.asn1", "notes.txt",  "seal.tsv",   "totals.txt"};
 
-constexpr const char* kMachineParts[] = {"certificates"};
+constexpr const char* kMachineParts[] = {"seal", "certificates"};
 
 // Claims about the tree alone: all can be checked on any machine.
 constexpr int kTreeClaims = 12;
-constexpr int kAllClaims = kTreeClaims + 3;
+constexpr int kCertificateClaims = 3;
+constexpr int kSealClaims = 5;
+constexpr int kAllClaims = kTreeClaims + kCertificateClaims;
 
 // A temporary folder with the tree to count in "tree" and the results in "out".
 class Census : public testing::Test {
@@ -162,6 +164,7 @@ class Census : public testing::Test {
   // Counts the tree into out; returns the status.
   int Run(Strings options = {}, const std::function<void()>& prepare = nullptr) {
     options.insert(options.end(), {tree, "-o", out, "--system", system});
+    if (!sealing) options.push_back("--no-seal");  // it costs verify a process a file and cipher
     Process census(Command(options), prepare);
     const int status = census.Wait();
     said = census.said;
@@ -230,6 +233,7 @@ class Census : public testing::Test {
   void MakeNoFiles();
 
   std::string base, tree, system, out, said;
+  bool sealing = false;
 };
 
 std::string FromHex(const std::string& hex) {
@@ -419,7 +423,7 @@ TEST_F(Census, FollowsALinkThatIsTheDirectoryItself) {
   File("file", "x");
   Folder("in");
   ASSERT_EQ(0, symlink("tree", (base + "/way").c_str()));
-  Process census(Command({base + "/way", "-o", out, "--system", system}));
+  Process census(Command({base + "/way", "-o", out, "--system", system, "--no-seal"}));
   ASSERT_EQ(0, census.Wait()) << census.said;
   EXPECT_EQ(tree, Total("directory"));
   ExpectVerified();
@@ -628,7 +632,7 @@ class LongCensus : public Census {
   }
   // Runs until the small files are done, then sends the signal.
   int RunAndSignal(int number) {
-    Process census(Command({tree, "-o", out, "--system", system}));
+    Process census(Command({tree, "-o", out, "--system", system, "--no-seal"}));
     while (!Contains(census.ReadLine(), " 300 files")) {
     }
     census.Signal(number);
@@ -663,7 +667,8 @@ TEST_F(LongCensus, IsConfirmedForWhatWasDoneOnly) {
 TEST_F(Census, IgnoresSignalsThatItsParentIgnores) {
   File("first", "x");
   Sparse("large", "64M");
-  Process census(Command({tree, "-o", out, "--system", system}), [] { signal(SIGINT, SIG_IGN); });
+  Process census(Command({tree, "-o", out, "--system", system, "--no-seal"}),
+                 [] { signal(SIGINT, SIG_IGN); });
   census.ReadLine();
   census.Signal(SIGINT);
   EXPECT_EQ(0, census.Wait()) << census.said;
@@ -672,7 +677,8 @@ TEST_F(Census, IgnoresSignalsThatItsParentIgnores) {
 
 TEST_F(Census, GoesOnWhenNobodyReadsItsProgress) {
   File("file", "x");
-  Process census(Command({tree, "-o", out, "--system", system}), [] { signal(SIGPIPE, SIG_DFL); });
+  Process census(Command({tree, "-o", out, "--system", system, "--no-seal"}),
+                 [] { signal(SIGPIPE, SIG_DFL); });
   census.StopReading();
   EXPECT_EQ(0, census.Wait());
   ExpectVerified();
@@ -690,7 +696,7 @@ TEST_F(Census, DrawsABarOnATerminal) {
     SCOPED_TRACE(width);
     const winsize size = {24, width, 0, 0};
     ASSERT_EQ(0, ioctl(screen, TIOCSWINSZ, &size));
-    Process census(Command({tree, "-o", out, "--system", system}), nullptr, screen);
+    Process census(Command({tree, "-o", out, "--system", system, "--no-seal"}), nullptr, screen);
     EXPECT_EQ(0, census.Wait());
     std::string drawn;
     while (!Contains(drawn, "written to ") || drawn.back() != '\n') {
@@ -786,6 +792,53 @@ TEST_F(Census, VerifyNoticesEveryBrokenFile) {
   }
 }
 
+TEST_F(Census, SealsEveryManifest) {
+  File("file", "x");
+  File("large", std::string(200000, 'x'));
+  sealing = true;
+  ASSERT_EQ(0, Run()) << said;
+  ExpectVerified(nullptr, kTreeClaims + kSealClaims);
+  const std::string first = Output("seal.tsv");
+  ASSERT_EQ(0, Run()) << said;
+  EXPECT_NE(first, Output("seal.tsv"));  // keys are new each time
+  const struct {
+    const char* file;
+    const char* edit;
+    Strings rows;
+  } kRows[] = {
+      {"sealed/files.tsv.des-cbc", "s/^./x/", {"sealed with DES"}},
+      {"sealed/notes.txt.rc2-cbc", "s/^./x/", {"sealed with RC2"}},
+      {"sealed/totals.txt.rc4", "s/^./x/", {"sealed with RC4"}},
+      {"seal.tsv", "/^MD5SUMS\tdes-cbc/d", {"sealed with DES"}},
+      {"seal.tsv", "/^MD5SUMS\thmac-md5/s/.$/x/", {"seal.tsv: HMAC-MD5"}},
+      {"seal.tsv", "/^MD5SUMS\thmac-sha1/s/.$/x/", {"seal.tsv: HMAC-SHA1"}},
+      {"seal.tsv",
+       "d",
+       {"sealed with DES", "sealed with RC2", "sealed with RC4", "seal.tsv: HMAC-MD5",
+        "seal.tsv: HMAC-SHA1"}},
+  };
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(std::string(row.file) + ": " + row.edit);
+    const std::string path = out + "/" + row.file, before = ReadAll(path);
+    ASSERT_EQ(0, Process({"env", "LC_ALL=C", "sed", "-i", row.edit, path}).Wait());
+    ASSERT_NE(before, ReadAll(path));
+    int status;
+    const std::string table = Verify(&status);
+    EXPECT_EQ(1, status);
+    EXPECT_EQ(static_cast<int>(row.rows.size()), CountRows(table, "  FAILED\n")) << table;
+    for (const std::string& name : row.rows) {
+      EXPECT_TRUE(Contains(RowOf(table, name), " FAILED")) << name << "\n" << table;
+    }
+    std::ofstream(path, std::ios::binary) << before;
+  }
+  // Without a seal the old one does not stay.
+  sealing = false;
+  ASSERT_EQ(0, Run()) << said;
+  EXPECT_EQ("", Output("seal.tsv"));
+  EXPECT_TRUE(Contains(Output("notes.txt"), "seal\trandom bytes\tnot sealed, as asked\n"));
+  ExpectVerified();
+}
+
 TEST_F(Census, ReadsCertificatesOfEveryPlace) {
   File("file", "x");
   MakeSystem();
@@ -816,9 +869,9 @@ TEST_F(Census, NotesCertificatesThatCannotBeRead) {
     } >etc/ssl/certs/ca-certificates.crt)");
   ASSERT_EQ(0, Run()) << said;
   const std::string start = "certificates\t/etc/ssl/certs/ca-certificates.crt\tcertificate ";
-  EXPECT_EQ(
-      start + "1 cannot be read\n" + start + "3 cannot be read\n" + start + "4 cannot be read\n",
-      Output("notes.txt"));
+  EXPECT_EQ("seal\trandom bytes\tnot sealed, as asked\n" + start + "1 cannot be read\n" + start +
+                "3 cannot be read\n" + start + "4 cannot be read\n",
+            Output("notes.txt"));
   ExpectVerified(nullptr, kAllClaims);
 }
 
@@ -834,7 +887,7 @@ TEST_F(Census, SaysWhatTheMachineLacks) {
   EXPECT_EQ(3, CountRows(table, "-  not checked: no certificates here\n")) << table;
   // Empty without a word of it is no answer.
   std::ofstream(out + "/notes.txt") << "";
-  EXPECT_EQ(kAllClaims - kTreeClaims, CountRows(Verify(&status), "  FAILED\n"));
+  EXPECT_EQ(kAllClaims - kTreeClaims + kSealClaims, CountRows(Verify(&status), "  FAILED\n"));
   EXPECT_EQ(1, status);
   system = base + "/nowhere";
   EXPECT_EQ(3, Run());
