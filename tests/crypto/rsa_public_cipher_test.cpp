@@ -599,6 +599,15 @@ TEST(RsaPublicCipher, WhatFollowsAnElementMayReachPastTheOuterLengthByItsHeader)
   }
 }
 
+TEST(RsaPublicCipher, TheSequenceEndsWithinItsBitString) {
+  const Parts parts;
+  for (int missing : {0, 1, 2}) {
+    Bytes bits = parts.Bits();
+    bits[1] = static_cast<unsigned char>(bits[1] - missing);
+    EXPECT_EQ(missing == 0 ? 12 : -1, Loaded(Element(0x30, parts.algorithm + bits))) << missing;
+  }
+}
+
 TEST(RsaPublicCipher, NoElementReachesPastTheInput) {
   const Parts parts;
   for (unsigned char missing = 1; missing <= 6; ++missing) {
@@ -724,6 +733,31 @@ TEST(RsaPublicCipher, EveryBlockIsWipedBeforeItIsFreed) {
     EXPECT_EQ(0, checker.Dirty());
   }
   KEST::RandTerm();
+}
+
+TRsaPublicCipher* s_cipher;
+Bytes s_data;
+int s_length;
+
+// The stack of a thread on which the cipher worked on length bytes of data, which became s_data.
+Bytes StackAfterProcessing(TRsaPublicCipher& cipher, const Bytes& data, int length) {
+  s_cipher = &cipher;
+  s_data = data;
+  s_length = length;
+  return StackAfter([] { s_cipher->ProcessData(s_data.data(), s_length, true); });
+}
+
+// A block of 32 bytes is on the stack while it is worked on.
+TEST(RsaPublicCipher, LeavesNoMessageOnTheStack) {
+  Generator generator;
+  const Bytes message = ToBytes("nobody else sees this");
+  OpenCipher encrypt(TCipher::kOpEncrypt, 32), decrypt(TCipher::kOpDecrypt, 32);
+  Bytes stack = StackAfterProcessing(encrypt, Buffer(message, 32), 21);
+  EXPECT_EQ(Hex(message), Hex(s_data.data() + 11, 21)) << "encrypted by an open cipher";
+  EXPECT_FALSE(Holds(stack, message.data(), message.size()));
+  stack = StackAfterProcessing(decrypt, Block(32, 1, message), 32);
+  EXPECT_EQ(Hex(message), Hex(s_data.data(), 21));
+  EXPECT_FALSE(Holds(stack, message.data(), message.size()));
 }
 
 }  // namespace
