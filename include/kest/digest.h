@@ -141,8 +141,8 @@ class KEST_API TDigestPrng {
   TDigestPrng& operator=(const TDigestPrng&) = delete;
 
   // Adds seed material. It takes effect with the next Generate, which digests all material since
-  // the last one into the new counter; from the second Seed on, such a batch starts with the old
-  // counter. A length of 0 counts as a call.
+  // the last one into the new counter; the old counter comes before it, unless the first Seed of
+  // all began the batch. A length of 0 counts as a call.
   void Seed(const unsigned char* data, int length);
 
   // Writes the next length bytes. New seed material discards what was left of the last block, and
@@ -181,8 +181,8 @@ struct KEST_API SBerItem {
 // complement of the one's complement sum of its big-endian 16-bit words. A last odd byte counts as
 // the high half of a word. Checksums are numbers: store them high byte first.
 //
-// Feed at most 128 KiB in one Update. From 131,074 bytes on, the carries of a single call can
-// outgrow their 32 bits, and the checksum is then wrong.
+// Feed at most 128 KiB in one Update. With one byte more, the carries of the call can outgrow their
+// 32 bits, and the checksum is then wrong.
 class KEST_API TInetChecksum {
  public:
   // Nothing summed yet.

@@ -15,7 +15,7 @@ TInetChecksum::TInetChecksum() {
   Reset();
 }
 
-// The carries gather in the upper half of sum, which more than 131,074 bytes can overflow.
+// The carries gather in the upper half of sum, which more than 128 KiB can overflow.
 void TInetChecksum::Update(const unsigned char* data, int length) {
   if (length < 0) return;
   // The byte is taken with a length of 0 too, on purpose.

@@ -215,7 +215,8 @@ TEST(InetChecksum, SetCurrentLooksWhetherTheLengthIsOdd) {
 }
 
 // 65537 words of 0xffff are 2^32 - 1, the most that 32 bits hold. One word more wraps to 0xfffe and
-// loses a carry, on purpose. A sum that is not 0 at the start leaves room for one word less.
+// loses a carry, on purpose. A sum that is not 0 at the start leaves room for one word less, and
+// the low half of a word for one byte less again.
 TEST(InetChecksum, CarriesOfOneCallHave32Bits) {
   const Bytes ones(131078, 0xff);
   EXPECT_EQ(0x0000, KestComputeChecksum(ones.data(), 131074));
@@ -227,6 +228,9 @@ TEST(InetChecksum, CarriesOfOneCallHave32Bits) {
   checksum.SetCurrent(0x0000, 0);
   checksum.Update(ones.data(), 131074);
   EXPECT_EQ(0x0001, checksum.Finish()) << "0x0000 is the true one";
+  checksum.SetCurrent(0x0000, 1);
+  checksum.Update(ones.data(), 131073);
+  EXPECT_EQ(0xff01, checksum.Finish()) << "0x0000 is the true one";
 }
 
 // The worst case of the limit that is documented: all ones on top of all ones, odd or even. With an
