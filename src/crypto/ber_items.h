@@ -1,4 +1,5 @@
-// BER elements one after another: what the algorithm identifiers of the block ciphers are made of.
+// BER elements of keys and algorithm identifiers: their tags, and several written one after
+// another.
 
 #ifndef KEST_SRC_CRYPTO_BER_ITEMS_H
 #define KEST_SRC_CRYPTO_BER_ITEMS_H
@@ -8,6 +9,7 @@
 namespace KEST {
 
 constexpr unsigned char kBerInteger = 0x02;
+constexpr unsigned char kBerBitString = 0x03;
 constexpr unsigned char kBerOctetString = 0x04;
 constexpr unsigned char kBerObjectIdentifier = 0x06;
 constexpr unsigned char kBerSequence = 0x30;

@@ -3,6 +3,7 @@
 #include <string.h>
 #include <algorithm>
 
+#include "crypto/ber_items.h"
 #include "crypto/big_int_exp_mod.h"
 #include "crypto/wipe.h"
 #include "frame/layout.h"
@@ -99,21 +100,17 @@ class KeyReader {
   const unsigned char* end;
 };
 
-constexpr unsigned char kInteger = 0x02;
-constexpr unsigned char kBitString = 0x03;
-constexpr unsigned char kSequence = 0x30;
-
 // A SubjectPublicKeyInfo (RFC 5280, section 4.1) that holds an RSAPublicKey (RFC 2313, section
 // 7.1). The algorithm identifier and the count of unused bits are not looked at.
 bool ReadKey(const unsigned char* ber, int length, SBerItem& modulus, SBerItem& exponent) {
   const KeyReader reader(ber, length);
   SBerItem info, algorithm, bits, key;
-  return reader.Read(info, ber, length, kSequence) &&
-         reader.Read(algorithm, info.value, info.length, kSequence) &&
-         reader.ReadNext(bits, info, algorithm, kBitString) &&
-         reader.Read(key, reader.Past(bits, 1), bits.length - 1, kSequence) &&
-         reader.Read(modulus, key.value, key.length, kInteger) &&
-         reader.ReadNext(exponent, key, modulus, kInteger) && modulus.length != 0 &&
+  return reader.Read(info, ber, length, kBerSequence) &&
+         reader.Read(algorithm, info.value, info.length, kBerSequence) &&
+         reader.ReadNext(bits, info, algorithm, kBerBitString) &&
+         reader.Read(key, reader.Past(bits, 1), bits.length - 1, kBerSequence) &&
+         reader.Read(modulus, key.value, key.length, kBerInteger) &&
+         reader.ReadNext(exponent, key, modulus, kBerInteger) && modulus.length != 0 &&
          reader.IsWhole(exponent);
 }
 
