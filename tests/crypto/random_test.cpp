@@ -83,7 +83,9 @@ TEST(Random, StartsAfreshAfterAStop) {
 TEST(Random, ASecondStartKeepsTheGenerator) {
   ASSERT_TRUE(KEST::RandInit());
   EXPECT_EQ(kFirstBlock, Generated(16));
+  s_srandCalls = 0;
   ASSERT_TRUE(KEST::RandInit());
+  EXPECT_EQ(0, s_srandCalls);
   EXPECT_EQ(kSecondBlock, Generated(16));
   KEST::RandTerm();
   KEST::RandTerm();
