@@ -269,7 +269,7 @@ namespace KEST {
 // when there is no memory. While there is a generator, it is kept and nothing is done.
 KEST_API bool RandInit();
 
-// Destroys the generator.
+// Wipes and destroys the generator.
 KEST_API void RandTerm();
 }  // namespace KEST
 

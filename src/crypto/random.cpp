@@ -5,6 +5,7 @@
 #include <stdlib.h>
 #include <time.h>
 
+#include "crypto/wipe.h"
 #include "frame/object.h"
 
 namespace {
@@ -37,6 +38,8 @@ bool RandInit() {
 }
 
 void RandTerm() {
+  // What it holds would tell what it has given out.
+  if (s_generator != nullptr) Wipe(s_generator, sizeof(*s_generator));
   DestroyObject(s_generator);
   s_generator = nullptr;
 }

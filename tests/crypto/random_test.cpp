@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "crypto/wipe_checks.h"
 #include "kest/digest.h"
 #include "support/hex.h"
 #include "support/test_allocator.h"
@@ -120,6 +121,16 @@ TEST(Random, OneBlockHoldsTheGenerator) {
   EXPECT_EQ(sizeof(KEST::TMd5Prng), allocator.LastSize());
   KEST::RandTerm();
   EXPECT_EQ(0, allocator.Live());
+}
+
+TEST(Random, StopWipesTheGenerator) {
+  const kest_test::WipeChecker checker;
+  ASSERT_TRUE(KEST::RandInit());
+  unsigned char out[20];
+  KestGenerateRandom(out, sizeof(out));
+  KEST::RandTerm();
+  EXPECT_EQ(1, checker.Freed());
+  EXPECT_EQ(0, checker.Dirty());
 }
 
 TEST(Random, StartFailsWithoutMemory) {
