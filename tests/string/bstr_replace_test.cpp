@@ -111,6 +111,16 @@ TEST(BstrReplace, AFailureLeavesTheStringEmptyAndReplacesNothing) {
   }
 }
 
+// 2^16 times 2^16 + 1 units: the low 32 bits of the length would do for a block.
+TEST(BstrReplace, AResultTooLongForAStringIsAFailure) {
+  TBstr s(u'a', 0x10000);
+  const std::u16string to(0x10001, u'b');
+  TestAllocator allocator;
+  EXPECT_EQ(0, s.Replace(KEST_TEXT("a"), Units(to)));
+  EXPECT_EQ(nullptr, *s.GetRawBstrPtr());
+  EXPECT_EQ(0, allocator.Requests());
+}
+
 // Both arguments anywhere in the text itself, all texts of up to 5 units over two letters.
 TEST(BstrReplace, ArgumentsMayLieInTheText) {
   for (unsigned int length = 1; length <= 5; ++length) {
