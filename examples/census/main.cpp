@@ -7,6 +7,7 @@
 #include "options.h"
 #include "output.h"
 #include "posix.h"
+#include "signature.h"
 #include "thread_scope.h"
 
 using KEST::TBstr;
@@ -77,6 +78,23 @@ int TakeCensus(const Options& options) {
   return result.inventory.GetTotals().problems > 0 ? kSomeNotRead : kAllRead;
 }
 
+int Verify(const Options& options) {
+  const TBstr file = options.directoryGiven
+                         ? options.directory
+                         : KEST::TFile::AppendFileNameToSpec(options.output, "SHA1SUMS");
+  TBstr text;
+  switch (CheckSignature(options.key, options.signature, file, &text)) {
+    case kSigned:
+      Print(kStandardOut, file + TBstr(": signed, with ") + text + TBstr("\n"));
+      return kAllRead;
+    case kNotSigned:
+      return Complain(file + TBstr(": NOT signed with this key and signature"), kSomeNotRead);
+    case kCannotTell:
+      break;
+  }
+  return Complain(text, kFailed);
+}
+
 int Main(int argc, const char* const* argv) {
   Options options;
   TBstr error;
@@ -93,7 +111,7 @@ int Main(int argc, const char* const* argv) {
     case Options::kRun:
       break;
   }
-  return TakeCensus(options);
+  return options.key.IsEmpty() ? TakeCensus(options) : Verify(options);
 }
 
 }  // namespace

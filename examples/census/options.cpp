@@ -13,6 +13,7 @@ namespace census {
 const char* const kHelpText =
     "Usage: kest-census [DIR] [-o OUT] [--workers N] [--pattern P] [--system ROOT]\n"
     "                   [--no-seal]\n"
+    "       kest-census --verify KEY SIG [FILE]\n"
     "Takes an inventory of the directory tree DIR (/usr/share) that other tools can check.\n"
     "\n"
     "  -o, --output OUT   the folder for the results (census)\n"
@@ -21,6 +22,9 @@ const char* const kHelpText =
     "                     are entered whatever their names\n"
     "  --no-seal          do not encipher the results into OUT/sealed\n"
     "  --system ROOT      where the machine's own /etc, /usr and /var are looked for (/)\n"
+    "  --verify KEY SIG   count nothing; tell whether SIG is the signature of FILE "
+    "(OUT/SHA1SUMS):\n"
+    "                     PKCS #1 v1.5 with SHA-1 or MD5; KEY is a public RSA key in PEM or DER\n"
     "  --help, --version  this text, the version\n"
     "\n"
     "OUT then holds files.tsv, MD5SUMS, SHA1SUMS, MD4SUMS, dups.txt, skipped.txt, report.txt,\n"
@@ -32,10 +36,11 @@ const char* const kHelpText =
     "keys and HMACs: keep that one to yourself.\n"
     "\n"
     "Exit status:\n"
-    "  0    everything was read\n"
-    "  1    done, but something could not be read: see skipped.txt\n"
+    "  0    everything was read; FILE is signed\n"
+    "  1    done, but something could not be read: see skipped.txt; FILE is not signed\n"
     "  2    a mistake on the command line\n"
-    "  3    DIR cannot be listed, OUT cannot be written, or memory ran out; OUT is as it was\n"
+    "  3    DIR cannot be listed, OUT cannot be written, or memory ran out; OUT is as it was;\n"
+    "       KEY, SIG or FILE cannot be read\n"
     "  130  interrupted (128 and the signal's number): OUT holds what was done until then\n";
 
 namespace {
@@ -43,7 +48,7 @@ namespace {
 bool NeedsValue(const TBstr& name) {
   return name == KEST_TEXT("-o") || name == KEST_TEXT("--output") ||
          name == KEST_TEXT("--workers") || name == KEST_TEXT("--pattern") ||
-         name == KEST_TEXT("--system");
+         name == KEST_TEXT("--system") || name == KEST_TEXT("--verify");
 }
 
 // The number that text is from its first unit to its last; 0 for anything else.
@@ -60,11 +65,12 @@ int WholeNumber(const TBstr& text) {
 Options::Options()
     : directory("/usr/share"),
       output("census"),
+      directoryGiven(false),
       workers(std::min<int>(ProcessorCount(), kMaxWorkers)),
       seal(true) {}
 
 Options::EAction Options::Parse(int argc, const char* const* argv, TBstr* error) {
-  bool optionsOver = false, directoryGiven = false;
+  bool optionsOver = false;
   for (int i = 1; i < argc; ++i) {
     TBstr name(argv[i]), value;
     if (!optionsOver && name == KEST_TEXT("--")) {
@@ -84,6 +90,7 @@ Options::EAction Options::Parse(int argc, const char* const* argv, TBstr* error)
       } else if (NeedsValue(name)) {
         if (i + 1 < argc) value = argv[++i];
       }
+      if (name == KEST_TEXT("--verify") && i + 1 < argc) signature = argv[++i];
       const EAction action = ParseOption(name, value, error);
       if (action != kRun) return action;
     }
@@ -112,6 +119,12 @@ Options::EAction Options::ParseOption(const TBstr& name, const TBstr& value, TBs
     workers = WholeNumber(value);
     if (workers >= 1 && workers <= kMaxWorkers) return kRun;
     *error = TBstr("--workers takes a number from 1 to 64, not ") + value;
+    return kRefuse;
+  }
+  if (name == KEST_TEXT("--verify")) {
+    key = value;
+    if (!signature.IsEmpty()) return kRun;
+    *error = "--verify needs a key and a signature";
     return kRefuse;
   }
   if (name == KEST_TEXT("--pattern")) {

@@ -117,8 +117,8 @@ constexpr const char* kOutputs[] = {
 
 constexpr const char* kMachineParts[] = {"seal", "certificates"};
 
-// Claims about the tree alone: all can be checked on any machine.
-constexpr int kTreeClaims = 12;
+// Claims about the tree alone, and about signatures: all can be checked on any machine.
+constexpr int kTreeClaims = 13;
 constexpr int kCertificateClaims = 3;
 constexpr int kSealClaims = 5;
 constexpr int kAllClaims = kTreeClaims + kCertificateClaims;
@@ -172,7 +172,10 @@ class Census : public testing::Test {
   }
   // What verify says about out; its status in *status.
   std::string Verify(int* status, const std::function<void()>& prepare = nullptr) {
-    Process verify({KEST_CENSUS_VERIFY, out}, prepare);
+    Process verify({KEST_CENSUS_VERIFY, out}, [this, &prepare] {
+      setenv("KEST_CENSUS", program.c_str(), 1);
+      if (prepare) prepare();
+    });
     *status = verify.Wait();
     return verify.said;
   }
@@ -233,6 +236,7 @@ class Census : public testing::Test {
   void MakeNoFiles();
 
   std::string base, tree, system, out, said;
+  std::string program = KEST_CENSUS;  // that verify runs
   bool sealing = false;
 };
 
@@ -790,6 +794,88 @@ TEST_F(Census, VerifyNoticesEveryBrokenFile) {
     }
     ASSERT_EQ(0, Process({"rm", "-r", out}).Wait());
   }
+}
+
+TEST_F(Census, ChecksSignatures) {
+  File("file", "x");
+  ASSERT_EQ(0, Run()) << said;
+  Shell(R"(for bits in 512 1024 2048; do
+      openssl genrsa -out key$bits $bits
+      openssl rsa -in key$bits -pubout -out $bits.pem
+      openssl rsa -in key$bits -pubout -outform DER -out $bits.der
+      openssl dgst -sha1 -sign key$bits -out $bits.sha1 ../out/SHA1SUMS
+      openssl dgst -md5 -sign key$bits -out $bits.md5 ../out/SHA1SUMS
+    done
+    sed 's/$/\r/' 1024.pem >crlf.pem
+    openssl dgst -sha256 -sign key1024 -out 1024.sha256 ../out/SHA1SUMS
+    # Without the digest's name, with bytes behind it, with the other padding.
+    openssl dgst -sha1 -binary ../out/SHA1SUMS >digest
+    openssl rsautl -sign -inkey key1024 -in digest -out 1024.bare
+    { printf '\060\041\060\011\006\005\053\016\003\002\032\005\000\004\024'; cat digest; } >info
+    openssl rsautl -sign -inkey key1024 -in info -out 1024.whole
+    { cat info; echo; } | openssl rsautl -sign -inkey key1024 -out 1024.longer
+    openssl rsautl -encrypt -pubin -inkey 1024.pem -in info -out 1024.encrypted
+    head -c 127 1024.sha1 >1024.short
+    { cat 1024.sha1; echo; } >1024.long
+    head -c 100 1024.der >cut.der
+    { cat 1024.der; echo; } >long.der
+    : >empty
+    openssl ecparam -genkey -name prime256v1 -noout -out ec
+    openssl ec -in ec -pubout -out ec.pem)");
+  const struct {
+    const char *key, *signature;
+    int status;
+  } kRows[] = {
+      {"512.pem", "512.sha1", 0},        {"1024.pem", "1024.sha1", 0},
+      {"2048.der", "2048.sha1", 0},      {"1024.der", "1024.md5", 0},
+      {"2048.pem", "2048.md5", 0},       {"crlf.pem", "1024.sha1", 0},
+      {"1024.pem", "1024.whole", 0},     {"1024.pem", "2048.sha1", 1},
+      {"2048.pem", "1024.sha1", 1},      {"1024.pem", "1024.sha256", 1},
+      {"1024.pem", "1024.bare", 1},      {"1024.pem", "1024.longer", 1},
+      {"1024.pem", "1024.encrypted", 1}, {"1024.pem", "1024.short", 1},
+      {"1024.pem", "1024.long", 1},      {"1024.pem", "empty", 1},
+      {"cut.der", "1024.sha1", 3},       {"long.der", "1024.sha1", 3},
+      {"empty", "1024.sha1", 3},         {"ec.pem", "1024.sha1", 3},
+      {"key1024", "1024.sha1", 3},       {"nowhere", "1024.sha1", 3},
+      {"1024.pem", "nowhere", 3},
+  };
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(std::string(row.key) + " " + row.signature);
+    Process check(
+        Command({"--verify", system + "/" + row.key, system + "/" + row.signature, "-o", out}));
+    EXPECT_EQ(row.status, check.Wait()) << check.said;
+    EXPECT_EQ(row.status == 1, Contains(check.said, "NOT signed")) << check.said;
+  }
+  const std::string key = system + "/1024.pem", signature = system + "/1024.sha1";
+  EXPECT_EQ(0, Process(Command({"--verify", key, signature, out + "/SHA1SUMS"})).Wait());
+  EXPECT_EQ(1, Process(Command({"--verify", key, signature, out + "/MD5SUMS"})).Wait());
+  EXPECT_EQ(3, Process(Command({"--verify", key, signature, out + "/nowhere"})).Wait());
+  EXPECT_EQ(2, Process(Command({"--verify", key})).Wait());
+  // Every bit counts.
+  const std::string good = ReadAll(signature);
+  for (size_t bit = 0; bit < 8 * good.size(); bit += 37) {
+    std::string bad = good;
+    bad[bit / 8] = static_cast<char>(bad[bit / 8] ^ 1 << bit % 8);
+    std::ofstream(signature, std::ios::binary) << bad;
+    EXPECT_EQ(1, Process(Command({"--verify", key, signature, "-o", out})).Wait()) << bit;
+  }
+}
+
+TEST_F(Census, VerifyNoticesAProgramThatAcceptsAnySignature) {
+  File("file", "x");
+  ASSERT_EQ(0, Run()) << said;
+  for (const char* other : {"/bin/true", "/bin/false"}) {
+    program = other;
+    int status;
+    const std::string table = Verify(&status);
+    EXPECT_EQ(1, status);
+    EXPECT_TRUE(Contains(RowOf(table, "kest-census --verify"), " FAILED")) << table;
+  }
+  program = base + "/nowhere";
+  int status;
+  const std::string table = Verify(&status);
+  EXPECT_EQ(0, status);
+  EXPECT_TRUE(Contains(table, "-  not checked: KEST_CENSUS does not name")) << table;
 }
 
 TEST_F(Census, SealsEveryManifest) {
