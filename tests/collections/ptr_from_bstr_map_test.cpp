@@ -60,6 +60,28 @@ TEST(PtrFromBstrMap, TheHashIsTimes33PlusTheUnit) {
   for (const Row& row : kRows) EXPECT_EQ(Element(row.of1000), of17[Units(row.key)]);
 }
 
+// The bucket of the insertion, whatever the size of the table is by now.
+TEST(PtrFromBstrMap, AnIterationGoesOnFromTheBucketKeptInTheEntry) {
+  TPtrFromBstrMap map;
+  map[KEST_TEXT("c")] = Element(1);
+  unsigned int bucket;
+  TPtrFromBstrMap::SAssoc* const dropped = map.GetAssocAt(KEST_TEXT("c"), bucket);
+  ASSERT_EQ(14u, dropped->bucket);
+  map.InitHashTable(20);
+  EXPECT_EQ(19u, BucketOf(map, KEST_TEXT("c")));
+  map[KEST_TEXT("\x0F")] = Element(2);
+  KEST::__POSITION* at = reinterpret_cast<KEST::__POSITION*>(dropped);
+  for (uintptr_t value : {1u, 2u}) {
+    ASSERT_NE(nullptr, at);
+    TBstr key;
+    void* given = nullptr;
+    map.GetNextAssoc(at, key, given);
+    EXPECT_EQ(Element(value), given);
+  }
+  EXPECT_EQ(nullptr, at);
+  map.FreeAssoc(dropped);
+}
+
 TEST(PtrFromBstrMap, NullIsTheEmptyText) {
   TestAllocator allocator;
   TPtrFromBstrMap map;
