@@ -428,6 +428,33 @@ TEST_F(FileFinderInATree, WithoutMemoryEntriesAreRightOrMissing) {
   });
 }
 
+// Whichever of the directories is listed first, the other one comes after the climb out of it.
+TEST(FileFinder, AClimbThatLacksMemoryCanBeTriedAgain) {
+  const TempTree tree;
+  for (const char* folder : {"1", "2"}) {
+    tree.MakeFolder(folder);
+    tree.MakeFile(std::string(folder) + "/file");
+  }
+  const TBstr spec = tree.Spec("*");
+  const Names expected = FindAll(tree.Path("*"), true);
+  ASSERT_EQ(4u, expected.size());
+  TFileFinder finder;
+  ASSERT_TRUE(finder.Find(spec.GetString(), true));
+  ASSERT_TRUE(finder.FindNext(false));
+  {
+    kest_test::TestAllocator allocator;
+    allocator.Refuse(1, kest_test::TestAllocator::kFromThereOn);
+    EXPECT_FALSE(finder.FindNext(false));
+    EXPECT_NE(0, allocator.Refused());
+  }
+  EXPECT_EQ(expected[1], Text(finder.GetFileSpec())) << "the entry stays";
+  for (size_t i : {2u, 3u}) {
+    EXPECT_TRUE(finder.FindNext(false));
+    EXPECT_EQ(expected[i], Text(finder.GetFileSpec()));
+  }
+  EXPECT_FALSE(finder.FindNext(false));
+}
+
 TEST_F(FileFinderInATree, FindWithoutMemoryLeavesTheFinder) {
   const std::string path = tree.Path("z/*");
   const TBstr spec = kest_test::Bstr(path), directory = tree.Spec("z/");
