@@ -111,7 +111,9 @@ TEST_F(MessageCallback, ANullCallbackCountsAsNone) {
   TestAllocator allocator;
   for (bool alone : {true, false}) {
     EXPECT_TRUE(alone || KestRegisterMessageCallback(6, B));
+    const int live = allocator.Live();
     EXPECT_TRUE(KestRegisterMessageCallback(5, nullptr));
+    EXPECT_EQ(live, allocator.Live()) << "nothing is kept";
     EXPECT_EQ(nullptr, KestLookupMessageCallback(5));
     EXPECT_FALSE(KestGiveMessage(5, nullptr, nullptr));
     EXPECT_FALSE(KestUnregisterMessageCallback(5));

@@ -9,7 +9,7 @@
 
 namespace {
 
-int s_signals = 0, s_waits = 0, s_initResult = 0;
+int s_signals = 0, s_waits = 0, s_ended = 0, s_initResult = 0;
 
 // Runs inside a wait, which then reports a wake-up.
 void (*s_duringWait)() = nullptr;
@@ -19,6 +19,11 @@ void (*s_duringWait)() = nullptr;
 extern "C" {
 
 int pthread_cond_init(pthread_cond_t*, const pthread_condattr_t*) noexcept { return s_initResult; }
+
+int pthread_cond_destroy(pthread_cond_t*) noexcept {
+  ++s_ended;
+  return 0;
+}
 
 int pthread_cond_signal(pthread_cond_t*) noexcept {
   ++s_signals;
@@ -115,6 +120,13 @@ TEST_F(QueueSignal, ALoopThatWakesToNothingEndsWithThePreviousParameter) {
   EXPECT_TRUE(KestPostMessage(6, Pointer(60), Pointer(61)));
   EXPECT_EQ(Pointer(60), KestMessageLoop());
   EXPECT_EQ(2, s_waits);
+}
+
+TEST_F(QueueSignal, DestroyingAQueueEndsItsCondition) {
+  void* const queue = KEST::InternalCreateMessageQueue();
+  const int before = s_ended;
+  KEST::InternalDestroyMessageQueue(queue);
+  EXPECT_EQ(before + 1, s_ended);
 }
 
 TEST_F(QueueSignal, AQueueWhoseConditionFailsIsNotCreated) {
