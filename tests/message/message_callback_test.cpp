@@ -107,6 +107,17 @@ TEST_F(MessageCallback, UnregisteringTheLastFreesTheRegistry) {
   }
 }
 
+TEST_F(MessageCallback, TheRegistryTakesEntriesTenABlock) {
+  TestAllocator allocator;
+  for (unsigned int id = 1; id <= 11; ++id) {
+    EXPECT_TRUE(KestRegisterMessageCallback(id, A));
+    EXPECT_EQ(id <= 10 ? 3 : 4, allocator.Requests()) << "the map, its buckets, and blocks";
+    EXPECT_EQ(sizeof(void*) + 10 * 3 * sizeof(void*), allocator.LastSize());
+  }
+  for (unsigned int id = 1; id <= 11; ++id) EXPECT_TRUE(KestUnregisterMessageCallback(id));
+  EXPECT_EQ(0, allocator.Live());
+}
+
 TEST_F(MessageCallback, ANullCallbackCountsAsNone) {
   TestAllocator allocator;
   for (bool alone : {true, false}) {
