@@ -1,5 +1,7 @@
 #include "kest/thread.h"
 
+#include <string.h>
+
 #include "frame/layout.h"
 
 namespace {
@@ -13,47 +15,34 @@ KEST_FIELD_AT(SSystemInfo, minorVersion, 68, 68);
 KEST_FIELD_AT(SSystemInfo, buildNumber, 72, 72);
 KEST_FIELD_AT(SSystemInfo, reserved, 76, 76);
 
-// Filled without a lock. It counts as filled when majorVersion is not 0, so that is stored last.
+// The cache. It counts as filled when majorVersion is not 0, so that is stored last.
 SSystemInfo s_info;
 
-// Stores a value that has changed, unless another thread was first: what a caller may be reading
-// already is not written again.
-template <typename T>
-void Publish(T& field, T before, T now) {
-  if (before == now) return;
-  __atomic_compare_exchange_n(&field, &before, now, false, __ATOMIC_RELEASE, __ATOMIC_RELAXED);
-}
+// True while one thread fills the cache; first calls that come meanwhile wait for it.
+bool s_filling = false;
 
-template <typename T>
-T Peek(const T& field) {
-  return __atomic_load_n(&field, __ATOMIC_RELAXED);
-}
-
-SSystemInfo Snapshot() {
-  SSystemInfo info;
-  for (int i = 0; i < 32; ++i) info.name[i] = Peek(s_info.name[i]);
-  info.minorVersion = Peek(s_info.minorVersion);
-  info.buildNumber = Peek(s_info.buildNumber);
-  info.reserved = Peek(s_info.reserved);
-  info.majorVersion = Peek(s_info.majorVersion);
-  return info;
-}
-
+// What has not changed is not written: a caller may be reading it already.
 void Fill() {
-  const SSystemInfo before = Snapshot();
-  SSystemInfo now = before;
+  SSystemInfo now = s_info;
   KEST::InternalGetSystemInfo(now);
-  for (int i = 0; i < 32; ++i) Publish(s_info.name[i], before.name[i], now.name[i]);
-  Publish(s_info.minorVersion, before.minorVersion, now.minorVersion);
-  Publish(s_info.buildNumber, before.buildNumber, now.buildNumber);
-  Publish(s_info.reserved, before.reserved, now.reserved);
-  Publish(s_info.majorVersion, before.majorVersion, now.majorVersion);
+  if (memcmp(&now, &s_info, sizeof(now)) == 0) return;
+  memcpy(s_info.name, now.name, sizeof(now.name));
+  s_info.minorVersion = now.minorVersion;
+  s_info.buildNumber = now.buildNumber;
+  s_info.reserved = now.reserved;
+  __atomic_store_n(&s_info.majorVersion, now.majorVersion, __ATOMIC_RELEASE);
 }
+
+bool IsFilled() { return __atomic_load_n(&s_info.majorVersion, __ATOMIC_ACQUIRE) != 0; }
 
 }  // namespace
 
 extern "C" KEST::SSystemInfo* KestGetSystemInfo(void) {
-  if (__atomic_load_n(&s_info.majorVersion, __ATOMIC_ACQUIRE) == 0) Fill();
+  if (IsFilled()) return &s_info;
+  while (__atomic_exchange_n(&s_filling, true, __ATOMIC_ACQUIRE)) {
+  }
+  if (!IsFilled()) Fill();
+  __atomic_store_n(&s_filling, false, __ATOMIC_RELEASE);
   return &s_info;
 }
 
