@@ -15,7 +15,10 @@ constexpr int kEntriesPerBlock = 10;
 
 // The map that this thread's last stop released. The thread's slot still holds its address, on
 // purpose; this is what tells that value from a live map.
-thread_local void* t_releasedMap = nullptr;
+//
+// In the static thread block, because the general model may allocate on first use and has no result
+// for a failure.
+thread_local void* t_releasedMap __attribute__((tls_model("initial-exec"))) = nullptr;
 
 void* ToMapKey(int key) { return reinterpret_cast<void*>(static_cast<intptr_t>(key)); }
 
