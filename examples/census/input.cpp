@@ -77,6 +77,11 @@ void TextList::Add(const TBstr& text) {
   if (texts.GetSize() == count) delete copy;
 }
 
+void TextList::RemoveLast() {
+  delete static_cast<TBstr*>(texts[GetCount() - 1]);
+  texts.RemoveAt(GetCount() - 1);
+}
+
 void TextList::Sort() {
   if (!texts.IsEmpty()) std::sort(texts.GetData(), texts.GetData() + texts.GetSize(), TextOrder);
 }

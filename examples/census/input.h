@@ -51,6 +51,7 @@ class TextList {
   void Add(const KEST::TBstr& text);
   // By units, which for names are bytes.
   void Sort();
+  void RemoveLast();
   int GetCount() const { return texts.GetSize(); }
   const KEST::TBstr& GetAt(int index) const { return *static_cast<KEST::TBstr*>(texts[index]); }
 

@@ -55,6 +55,7 @@ int TakeCensus(const Options& options) {
     }
   }
   result.sealed = options.seal;
+  result.formats = options.formats.IsEmpty() ? ProgramFolder() + TBstr("formats") : options.formats;
   SLook look;
   if (!LookAt(result.directory, &look) || look.kind != kDirectory) {
     return Complain(options.directory + KEST_TEXT(": not a directory"), kFailed);
@@ -70,7 +71,7 @@ int TakeCensus(const Options& options) {
   Census census(options, output, &result);
   if (!census.Run()) return Complain(census.GetError(), kFailed);
   ReadMachine(&result);
-  if (!WriteManifests(folder, result)) return Complain(folder.GetError(), kFailed);
+  if (!WriteManifests(folder, &result)) return Complain(folder.GetError(), kFailed);
   PrintSummary(result, options, census.GetMilliseconds());
   if (census.GetSignal() != 0) {
     return Complain("interrupted; the results hold what was done", kSignalled + census.GetSignal());

@@ -1,8 +1,10 @@
 #include "manifests.h"
 
 #include "ber.h"
+#include "formats.h"
 #include "names.h"
 #include "numbers.h"
+#include "page.h"
 #include "report.h"
 #include "seal.h"
 
@@ -139,7 +141,6 @@ void WriteTotals(OutputFile& out, const SResult& result) {
   }
 }
 
-// totals.txt comes last and vouches for the others.
 const SManifest<SResult> kManifests[] = {
     {KEST_TEXT("files.tsv"), kBytes, WriteFiles},
     {KEST_TEXT("MD5SUMS"), kBytes, WriteMd5Sums},
@@ -149,9 +150,15 @@ const SManifest<SResult> kManifests[] = {
     {KEST_TEXT("skipped.txt"), kBytes, WriteSkipped},
     {KEST_TEXT("report.txt"), kUtf8, WriteReport},
     {KEST_TEXT("report.u16"), kUtf16, WriteReport},
+    {KEST_TEXT("report.html"), kUtf8, WritePage},
+    {KEST_TEXT("report.html.txt"), kUtf8, WritePageText},
     {KEST_TEXT("certificates.tsv"), kBytes, WriteCertificates},
     {KEST_TEXT("certificates.der"), kBytes, WriteDer},
     {KEST_TEXT("certificates.asn1"), kBytes, WriteStructure},
+};
+
+// What follows when all that can fail without harm has been tried.
+const SManifest<SResult> kLastManifests[] = {
     {KEST_TEXT("notes.txt"), kBytes, WriteNotes},
     {KEST_TEXT("totals.txt"), kBytes, WriteTotals},
 };
@@ -165,9 +172,11 @@ void ReadMachine(SResult* result) {
   result->certificates.Read(result->system, result->notes);
 }
 
-bool WriteManifests(OutputFolder& folder, const SResult& result) {
-  const bool good = folder.Write(kManifests, result) && SealManifests(folder, result.sealed) &&
-                    folder.Publish("totals.txt");
+bool WriteManifests(OutputFolder& folder, SResult* result) {
+  const bool good = folder.Write(kManifests, *result) &&
+                    WriteFormats(folder, result->formats, result) &&
+                    folder.Write(kLastManifests, *result) &&
+                    SealManifests(folder, result->sealed) && folder.Publish("totals.txt");
   if (!good) folder.Discard();
   return good;
 }

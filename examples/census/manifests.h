@@ -21,7 +21,8 @@ struct SResult {
   Duplicates duplicates;
 
   bool sealed = true;
-  KEST::TBstr system;  // the folder that stands for the machine's root; empty for the root itself
+  KEST::TBstr system;   // the folder that stands for the machine's root; empty for the root itself
+  KEST::TBstr formats;  // the folder of the modules
   Certificates certificates;
   Notes notes;
 };
@@ -29,7 +30,8 @@ struct SResult {
 // Reads what the census tells of the machine itself.
 void ReadMachine(SResult* result);
 
-bool WriteManifests(OutputFolder& folder, const SResult& result);
+// False when a file cannot be written. What is noted on the way goes to result.
+bool WriteManifests(OutputFolder& folder, SResult* result);
 
 }  // namespace census
 

@@ -12,7 +12,7 @@ namespace census {
 
 const char* const kHelpText =
     "Usage: kest-census [DIR] [-o OUT] [--workers N] [--pattern P] [--system ROOT]\n"
-    "                   [--no-seal]\n"
+    "                   [--formats DIR] [--no-seal]\n"
     "       kest-census --verify KEY SIG [FILE]\n"
     "Takes an inventory of the directory tree DIR (/usr/share) that other tools can check.\n"
     "\n"
@@ -20,6 +20,8 @@ const char* const kHelpText =
     "  --workers N        threads that read files, 1 to 64 (one for each processor)\n"
     "  --pattern P        only names that match P, as a shell would match them; directories\n"
     "                     are entered whatever their names\n"
+    "  --formats DIR      where the modules of more output formats are (formats, beside the "
+    "program)\n"
     "  --no-seal          do not encipher the results into OUT/sealed\n"
     "  --system ROOT      where the machine's own /etc, /usr and /var are looked for (/)\n"
     "  --verify KEY SIG   count nothing; tell whether SIG is the signature of FILE "
@@ -28,9 +30,11 @@ const char* const kHelpText =
     "  --help, --version  this text, the version\n"
     "\n"
     "OUT then holds files.tsv, MD5SUMS, SHA1SUMS, MD4SUMS, dups.txt, skipped.txt, report.txt,\n"
-    "report.u16 and totals.txt. Links are listed, not followed; fifos, sockets and devices are\n"
+    "report.u16, report.html, the text in it (report.html.txt) and totals.txt. Links are listed, "
+    "not followed; fifos, sockets and devices are\n"
     "listed, not opened. Of the machine itself OUT tells\n"
     "  certificates.*     the certificates that it trusts\n"
+    "  CKSUMS             POSIX checksums of the files above and of some of DIR (a module's work)\n"
     "  notes.txt          what of this is missing here or cannot be read\n"
     "OUT/sealed holds each of these files enciphered with DES, RC2 and RC4, and OUT/seal.tsv the\n"
     "keys and HMACs: keep that one to yourself.\n"
@@ -48,7 +52,8 @@ namespace {
 bool NeedsValue(const TBstr& name) {
   return name == KEST_TEXT("-o") || name == KEST_TEXT("--output") ||
          name == KEST_TEXT("--workers") || name == KEST_TEXT("--pattern") ||
-         name == KEST_TEXT("--system") || name == KEST_TEXT("--verify");
+         name == KEST_TEXT("--system") || name == KEST_TEXT("--verify") ||
+         name == KEST_TEXT("--formats");
 }
 
 // The number that text is from its first unit to its last; 0 for anything else.
@@ -133,7 +138,10 @@ Options::EAction Options::ParseOption(const TBstr& name, const TBstr& value, TBs
     *error = TBstr("--pattern is matched with single names, so it holds no /: ") + value;
     return kRefuse;
   }
-  (name == KEST_TEXT("--system") ? system : output) = value;
+  TBstr& text = name == KEST_TEXT("--system")    ? system
+                : name == KEST_TEXT("--formats") ? formats
+                                                 : output;
+  text = value;
   return kRun;
 }
 

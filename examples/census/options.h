@@ -15,6 +15,7 @@ struct Options {
   KEST::TBstr output;
   KEST::TBstr pattern;  // empty for every name
   KEST::TBstr system;   // the folder that stands for the machine's root; empty for the root itself
+  KEST::TBstr formats;  // the folder of modules; empty for the one beside the program
   KEST::TBstr key;      // with signature: nothing is counted, one signature is checked
   KEST::TBstr signature;
   bool directoryGiven;

@@ -87,6 +87,11 @@ bool OutputFolder::Publish(const TBstr& seal) {
   return Rename(seal);
 }
 
+void OutputFolder::Drop() {
+  TFile::Remove(PartOf(names.GetAt(names.GetCount() - 1)));
+  names.RemoveLast();
+}
+
 void OutputFolder::Discard() {
   for (int i = 0; i < names.GetCount(); ++i) TFile::Remove(PartOf(names.GetAt(i)));
 }

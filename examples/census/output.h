@@ -76,6 +76,9 @@ class OutputFolder {
   const KEST::TBstr& GetNameAt(int index) const { return names.GetAt(index); }
   KEST::TBstr PartOf(const KEST::TBstr& name) const;
 
+  // Removes the latest of them again.
+  void Drop();
+
   // Gives all files their names, or, after a failure, removes them.
   bool Publish(const KEST::TBstr& seal);
   void Discard();

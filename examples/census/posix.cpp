@@ -11,6 +11,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "kest/file.h"
 #include "kest/frame.h"
 #include "thread_scope.h"
 
@@ -84,6 +85,8 @@ TBstr RealSpec(const TBstr& spec) {
   char path[PATH_MAX];
   return realpath(spec.GetMultibyteString(), path) != nullptr ? TBstr(path) : TBstr();
 }
+
+TBstr ProgramFolder() { return KEST::TFile::DirSpecFromFullSpec(RealSpec("/proc/self/exe")); }
 
 int ProcessorCount() {
   const long count = sysconf(_SC_NPROCESSORS_ONLN);

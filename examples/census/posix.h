@@ -34,6 +34,9 @@ KEST::TBstr WhyNotListed(const KEST::TBstr& spec);
 // The one absolute spec without links that a spec stands for; empty when it does not exist.
 KEST::TBstr RealSpec(const KEST::TBstr& spec);
 
+// The folder of the program that runs, with "/" at its end; empty when the system does not say.
+KEST::TBstr ProgramFolder();
+
 int ProcessorCount();
 
 // Where text goes that is no file of the census. Bytes as they are; a reader who left is no error.

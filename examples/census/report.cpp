@@ -19,23 +19,21 @@ constexpr int kBarWidth = 30;
 constexpr unsigned short kFullBlock = 0x2588;
 const unsigned short* const kNewLine = KEST_TEXT("\n");
 
-void PutCount(OutputFile& out, const char* name, long long count) {
+void PutCount(TBstr& out, const char* name, long long count) {
   constexpr int kNameWidth = 20;
   TBstr line(name);
   line += TBstr(u' ', kNameWidth - line.GetLength());
-  out.Put(line + PadLeft(Grouped(count), kNumberWidth) + kNewLine);
+  out += line + PadLeft(Grouped(count), kNumberWidth) + kNewLine;
 }
 
-void PutHeading(OutputFile& out, const char* text) {
-  out.Put(TBstr(kNewLine) + TBstr(text) + kNewLine);
-}
+void PutHeading(TBstr& out, const char* text) { out += TBstr(kNewLine) + TBstr(text) + kNewLine; }
 
-void PutTotals(OutputFile& out, const SResult& result) {
+void PutTotals(TBstr& out, const SResult& result) {
   const STotals& totals = result.inventory.GetTotals();
-  out.Put(TBstr("Census of ") + Readable(result.directory) +
-          TBstr(result.interrupted ? " (interrupted)" : ""));
-  if (!result.pattern.IsEmpty()) out.Put(TBstr(", ") + Readable(result.pattern));
-  out.Put(TBstr(kNewLine) + kNewLine);
+  out += TBstr("Census of ") + Readable(result.directory) +
+         TBstr(result.interrupted ? " (interrupted)" : "");
+  if (!result.pattern.IsEmpty()) out += TBstr(", ") + Readable(result.pattern);
+  out += TBstr(kNewLine) + kNewLine;
   PutCount(out, "Files", totals.files);
   PutCount(out, "Bytes", totals.bytes);
   PutCount(out, "Directories", totals.directories);
@@ -66,7 +64,7 @@ int SortRows(TPtrArray& array, bool (*order)(void*, void*)) {
   return rows;
 }
 
-void PutExtensions(OutputFile& out, const Inventory& inventory) {
+void PutExtensions(TBstr& out, const Inventory& inventory) {
   TPtrArray all;
   all.SetSize(inventory.GetExtensionCount());
   for (int i = 0; i < all.GetSize(); ++i) {
@@ -79,12 +77,12 @@ void PutExtensions(OutputFile& out, const Inventory& inventory) {
     const int most = static_cast<SExtension*>(all[0])->files;
     const int bar = static_cast<int>((kBarWidth * 1LL * extension.files + most - 1) / most);
     const TBstr name = extension.name.IsEmpty() ? TBstr("(none)") : Readable(extension.name);
-    out.Put(PadLeft(Grouped(extension.files), kNumberWidth) + KEST_TEXT("  ") +
-            TBstr(kFullBlock, bar) + TBstr(u' ', kBarWidth + 2 - bar) + name + kNewLine);
+    out += PadLeft(Grouped(extension.files), kNumberWidth) + KEST_TEXT("  ") +
+           TBstr(kFullBlock, bar) + TBstr(u' ', kBarWidth + 2 - bar) + name + kNewLine;
   }
 }
 
-void PutLargest(OutputFile& out, const Inventory& inventory) {
+void PutLargest(TBstr& out, const Inventory& inventory) {
   TPtrArray files;
   files.SetSize(inventory.GetTotals().files);
   for (int i = 0, next = 0; i < inventory.GetCount() && next < files.GetSize(); ++i) {
@@ -95,17 +93,21 @@ void PutLargest(OutputFile& out, const Inventory& inventory) {
   PutHeading(out, "Largest files");
   for (int i = 0; i < rows; ++i) {
     const Entry& entry = *static_cast<Entry*>(files[i]);
-    out.Put(PadLeft(Grouped(entry.size), kNumberWidth) + KEST_TEXT("  ") + Readable(entry.path) +
-            kNewLine);
+    out += PadLeft(Grouped(entry.size), kNumberWidth) + KEST_TEXT("  ") + Readable(entry.path) +
+           kNewLine;
   }
 }
 
 }  // namespace
 
-void WriteReport(OutputFile& out, const SResult& result) {
-  PutTotals(out, result);
-  PutExtensions(out, result.inventory);
-  PutLargest(out, result.inventory);
+TBstr ReportText(const SResult& result) {
+  TBstr text;
+  PutTotals(text, result);
+  PutExtensions(text, result.inventory);
+  PutLargest(text, result.inventory);
+  return text;
 }
+
+void WriteReport(OutputFile& out, const SResult& result) { out.Put(ReportText(result)); }
 
 }  // namespace census

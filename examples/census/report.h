@@ -8,6 +8,7 @@
 
 namespace census {
 
+KEST::TBstr ReportText(const SResult& result);
 void WriteReport(OutputFile& out, const SResult& result);
 
 }  // namespace census

@@ -111,14 +111,16 @@ bool Contains(const std::string& text, const std::string& part) {
 }
 
 constexpr const char* kOutputs[] = {
-    "files.tsv",         "MD5SUMS",    "SHA1SUMS",   "MD4SUMS",          "dups.txt",
-    "skipped.txt",       "report.txt", "report.u16", "certificates.tsv", "certificates.der",
-    "certificates.asn1", "notes.txt",  "seal.tsv",   "totals.txt"};
+    "files.tsv",   "MD5SUMS",          "SHA1SUMS",         "MD4SUMS",           "dups.txt",
+    "skipped.txt", "report.txt",       "report.u16",       "report.html",       "report.html.txt",
+    "CKSUMS",      "certificates.tsv", "certificates.der", "certificates.asn1", "notes.txt",
+    "seal.tsv",    "totals.txt"};
 
 constexpr const char* kMachineParts[] = {"seal", "certificates"};
 
 // Claims about the tree alone, and about signatures: all can be checked on any machine.
-constexpr int kTreeClaims = 13;
+// The one that needs tidy comes on top where there is tidy.
+constexpr int kTreeClaims = 16;
 constexpr int kCertificateClaims = 3;
 constexpr int kSealClaims = 5;
 constexpr int kAllClaims = kTreeClaims + kCertificateClaims;
@@ -184,7 +186,7 @@ class Census : public testing::Test {
     const std::string table = Verify(&status, prepare);
     EXPECT_EQ(0, status) << table;
     EXPECT_FALSE(Contains(table, "FAILED")) << table;
-    EXPECT_EQ(claims, CountRows(table, " ok\n")) << table;
+    EXPECT_EQ(claims + HasTidy(), CountRows(table, " ok\n")) << table;
   }
   // Runs a script of the shell in the folder that stands for the machine's root.
   void Shell(const std::string& script) {
@@ -204,6 +206,7 @@ class Census : public testing::Test {
       make '/CN=#two /emailAddress=a@b.example/businessCategory=2.5.4.6=x/GN=A' two.pem
       { echo Two: ; cat one.crt; sed 's/$/\r/' two.pem; } >etc/ssl/certs/ca-certificates.crt)");
   }
+  static int HasTidy() { return ::system("command -v tidy >/dev/null") == 0; }
   static int CountRows(const std::string& table, const std::string& end) {
     int rows = 0;
     for (size_t at = 0; (at = table.find(end, at)) != std::string::npos; ++at) ++rows;
@@ -732,7 +735,7 @@ TEST_F(Census, VerifyNoticesEveryBrokenFile) {
   const std::string kFiles = "files.tsv", kCounts = "totals.txt: counts", kLists = "each file",
                     kExtensions = "totals.txt: extensions", kDups = "dups.txt",
                     kReport = "report.u16", kSpecial = "skipped.txt: links",
-                    kUnread = "skipped.txt: unreadable";
+                    kUnread = "skipped.txt: unreadable", kChecksums = "CKSUMS";
   const struct {
     std::vector<std::pair<const char*, const char*>> edits;  // a file and what sed does to it
     Strings rows;                                            // that must fail, and no others
@@ -745,33 +748,40 @@ TEST_F(Census, VerifyNoticesEveryBrokenFile) {
         {"report.txt", "s/Bytes/bytes/"},
         {"totals.txt", "s/^files\\t/&1/"},
         {"half.part", "s/x/y/"}},
-       {kFiles, "MD5SUMS ", "SHA1SUMS ", "MD4SUMS ", kSpecial, kReport, kCounts, "nothing half"}},
+       {kFiles, "MD5SUMS ", "SHA1SUMS ", "MD4SUMS ", kSpecial, kReport, kCounts, "nothing half",
+        "report.html shows", "report.html back", kChecksums}},
       {{{"dups.txt", "2d"},
         {"totals.txt", "s/^extension\\t\\.gz/&1/"},
         {"skipped.txt", "s/large\\t/none\\t/"},
-        {"report.u16", "s/C/c/"}},
-       {kDups, kExtensions, kLists, kUnread, kReport}},
+        {"report.u16", "s/C/c/"},
+        {"CKSUMS", "s/dups.txt/dope.txt/"},
+        {"report.html", "s/Census/census/"},
+        {"report.html.txt", "s/Census/census/"}},
+       {kDups, kExtensions, kLists, kUnread, kReport, "report.html shows", "report.html back",
+        kChecksums}},
       {{{"files.tsv", "/none/s/15/16/"},
         {"dups.txt", "/^$/d"},
         {"skipped.txt", "s/2 GiB or more//"}},
-       {kFiles, kCounts, kExtensions, kDups, kUnread}},
-      {{{"files.tsv", "1d"}}, {kFiles, kLists, kCounts, kExtensions}},
-      {{{"MD5SUMS", "2d"}}, {kLists, kCounts, kDups}},
-      {{{"SHA1SUMS", "5d"}}, {kLists, kDups}},
-      {{{"MD4SUMS", "$d"}, {"totals.txt", "s/^links\\t/&1/"}}, {kLists, kCounts}},
+       {kFiles, kCounts, kExtensions, kDups, kUnread, kChecksums}},
+      {{{"files.tsv", "1d"}}, {kFiles, kLists, kCounts, kExtensions, kChecksums}},
+      {{{"MD5SUMS", "2d"}}, {kLists, kCounts, kDups, kChecksums}},
+      {{{"SHA1SUMS", "5d"}}, {kLists, kDups, kChecksums}},
+      {{{"MD4SUMS", "$d"}, {"totals.txt", "s/^links\\t/&1/"}}, {kLists, kCounts, kChecksums}},
+      {{{"CKSUMS", "$d"}}, {kChecksums}},
+      {{{"CKSUMS", "1s/^./x/"}}, {kChecksums}},
       {{{"skipped.txt", "/large/d"},
         {"dups.txt", "s/twins/twine/"},
         {"totals.txt", "s/^state.*/state\\tso so/"}},
-       {kLists, kDups, kCounts}},
+       {kLists, kDups, kCounts, kChecksums}},
       {{{"skipped.txt", "s/link\\tnot/fifo\\tnot/"}, {"totals.txt", "s/^bytes\\t/&1/"}},
-       {kSpecial, kCounts}},
+       {kSpecial, kCounts, kChecksums}},
       {{{"totals.txt", "s/^directories\\t/&1/"}}, {kCounts}},
       {{{"totals.txt", "s/^special\\t/&1/"}}, {kCounts}},
       {{{"totals.txt", "s/^digested\\t/&1/"}}, {kCounts}},
       {{{"certificates.der", "1s/^./1/"},
         {"certificates.asn1", "1s/^0/1/"},
         {"certificates.tsv", "s/lead/load/"}},
-       {"certificates.der", "certificates.asn1", "certificates.tsv"}},
+       {"certificates.der", "certificates.asn1", "certificates.tsv", kChecksums}},
   };
   const std::string whole = base + "/whole";
   ASSERT_EQ(0, rename(out.c_str(), whole.c_str()));
@@ -794,6 +804,54 @@ TEST_F(Census, VerifyNoticesEveryBrokenFile) {
     }
     ASSERT_EQ(0, Process({"rm", "-r", out}).Wait());
   }
+}
+
+TEST_F(Census, WritesThePageWithItsTextEscaped) {
+  File("<b> & \"q\" &lt; &.<BR>", std::string(50, 'x'));
+  ASSERT_EQ(0, Run()) << said;
+  EXPECT_TRUE(Contains(Output("report.html"),
+                       "./&lt;b&gt; &amp; &quot;q&quot; &amp;lt; &amp;.&lt;BR&gt;<BR>"))
+      << Output("report.html");
+  EXPECT_EQ(Output("report.txt"), Output("report.html.txt"));
+  ExpectVerified();
+  if (HasTidy() == 0) GTEST_SKIP() << "no tidy here";
+  std::ofstream(out + "/report.html", std::ios::app) << "<nosuchtag>";
+  int status;
+  EXPECT_TRUE(Contains(RowOf(Verify(&status), "report.html: markup"), " FAILED"));
+}
+
+TEST_F(Census, SkipsFormatsThatAreNotReady) {
+  File("file", "x");
+  const std::string modules = base + "/[modules]";
+  ASSERT_EQ(0, mkdir(modules.c_str(), 0755));
+  ASSERT_EQ(0, symlink(KEST_CENSUS_UNREADY, (modules + "/a.so").c_str()));
+  std::ofstream(modules + "/b.so") << "no module";
+  ASSERT_EQ(0, symlink(KEST_CENSUS_CKSUM, (modules + "/c.so").c_str()));
+  ASSERT_EQ(0, symlink(KEST_CENSUS_CKSUM, (modules + "/d.so").c_str()));  // the same file twice
+  ASSERT_EQ(0, symlink(KEST_CENSUS_GREETER, (modules + "/e.so").c_str()));
+  ASSERT_EQ(0, symlink("c.so", (modules + "/f.other").c_str()));
+  ASSERT_EQ(0, Run({"--formats", modules})) << said;
+  const std::string start = "formats\t" + modules + "/";
+  EXPECT_TRUE(Contains(Output("notes.txt"), start + "a.so\tno module, or not ready\n" + start +
+                                                "b.so\tno module, or not ready\n" + start +
+                                                "d.so\tno output format\n" + start +
+                                                "e.so\tno output format\n"))
+      << Output("notes.txt");
+  ExpectVerified();
+  // Without the module there is no file, and nothing to check.
+  Process({"rm", "-r", out, modules}).Wait();
+  ASSERT_EQ(0, Run({"--formats", modules})) << said;
+  EXPECT_FALSE(Exists(out + "/CKSUMS"));
+  int status;
+  EXPECT_TRUE(Contains(RowOf(Verify(&status), "CKSUMS"), "-  not checked: no module for it"))
+      << said;
+}
+
+TEST_F(Census, SumsASampleOfALargeTree) {
+  for (int i = 0; i < 450; ++i) File("file" + std::to_string(i), std::string(i, 'x'));
+  ASSERT_EQ(0, Run()) << said;
+  EXPECT_EQ(90, CountRows(Output("CKSUMS"), " ./"));
+  ExpectVerified();
 }
 
 TEST_F(Census, ChecksSignatures) {
@@ -966,7 +1024,7 @@ TEST_F(Census, SaysWhatTheMachineLacks) {
   int status;
   const std::string table = Verify(&status);
   EXPECT_EQ(0, status);
-  EXPECT_EQ(kTreeClaims, CountRows(table, " ok\n")) << table;
+  EXPECT_EQ(kTreeClaims + HasTidy(), CountRows(table, " ok\n")) << table;
   for (const char* part : kMachineParts) {
     EXPECT_TRUE(Contains("\n" + Output("notes.txt"), std::string("\n") + part + "\t")) << part;
   }
@@ -996,9 +1054,9 @@ TEST_F(Census, VerifyNeverCallsOkWhatItDidNotCheck) {
   File("one", "x");
   ASSERT_EQ(0, Run());
   const std::string tools = base + "/tools";
-  const Strings kTools = {"awk",     "bash", "cat",  "cmp",    "comm",   "cut",   "date", "diff",
-                          "find",    "grep", "head", "md5sum", "mktemp", "paste", "rm",   "sed",
-                          "sha1sum", "sort", "tee",  "tr",     "uniq",   "wc",    "xargs"};
+  const Strings kTools = {"awk",  "bash",    "cat",  "cksum", "cmp",    "comm",   "cut",   "date",
+                          "diff", "find",    "grep", "head",  "md5sum", "mktemp", "paste", "rm",
+                          "sed",  "sha1sum", "sort", "tee",   "tr",     "uniq",   "wc",    "xargs"};
   ASSERT_EQ(0, mkdir(tools.c_str(), 0755));
   for (const std::string& tool : kTools) {
     ASSERT_EQ(0, Process({"sh", "-c", "ln -s \"$(command -v " + tool + ")\" " + tools}).Wait());
@@ -1010,13 +1068,13 @@ TEST_F(Census, VerifyNeverCallsOkWhatItDidNotCheck) {
   EXPECT_EQ(0, status);
   EXPECT_TRUE(Contains(table, "-  not checked: no openssl\n")) << table;
   EXPECT_TRUE(Contains(table, "-  not checked: no iconv\n")) << table;
-  EXPECT_EQ(10, CountRows(table, " ok\n")) << table;
+  EXPECT_EQ(13, CountRows(table, " ok\n")) << table;
 
   ASSERT_EQ(0, symlink("/bin/false", (tools + "/openssl").c_str()));
   table = Verify(&status, prepare);
   EXPECT_EQ(0, status);
   EXPECT_TRUE(Contains(table, "-  not checked: this openssl has no MD4\n")) << table;
-  EXPECT_EQ(10, CountRows(table, " ok\n")) << table;
+  EXPECT_EQ(13, CountRows(table, " ok\n")) << table;
 }
 
 TEST_F(Census, VerifyRefusesWhatIsNoCensus) {
