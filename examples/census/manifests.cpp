@@ -1,7 +1,9 @@
 #include "manifests.h"
 
+#include "addresses.h"
 #include "ber.h"
 #include "formats.h"
+#include "languages.h"
 #include "names.h"
 #include "numbers.h"
 #include "page.h"
@@ -107,6 +109,25 @@ void WriteStructure(OutputFile& out, const SResult& result) {
   }
 }
 
+// Maintainer, number of packages, and their names with blanks between.
+void WritePeople(OutputFile& out, const SResult& result) {
+  for (int i = 0; i < result.people.GetCount(); ++i) {
+    const SMaintainer& maintainer = result.people.GetAt(i);
+    const TextList& packages = maintainer.packages;
+    TBstr names;
+    int count = 0;
+    for (int k = 0; k < packages.GetCount(); ++k) {
+      if (k > 0 && packages.GetAt(k) == packages.GetAt(k - 1)) continue;
+      if (count++ > 0) names += KEST_TEXT(" ");
+      names += packages.GetAt(k);
+    }
+    out.Put(EscapeForTable(maintainer.name) + kTab + Decimal(count) + kTab + names + kNewLine);
+  }
+}
+
+void WriteAddresses(OutputFile& out, const SResult& result) { out.Put(result.addresses); }
+void WriteLanguages(OutputFile& out, const SResult& result) { out.Put(result.languages); }
+
 void WriteNotes(OutputFile& out, const SResult& result) {
   for (int i = 0; i < result.notes.GetCount(); ++i) {
     const SNote& note = result.notes.GetAt(i);
@@ -155,6 +176,9 @@ const SManifest<SResult> kManifests[] = {
     {KEST_TEXT("certificates.tsv"), kBytes, WriteCertificates},
     {KEST_TEXT("certificates.der"), kBytes, WriteDer},
     {KEST_TEXT("certificates.asn1"), kBytes, WriteStructure},
+    {KEST_TEXT("people.tsv"), kBytes, WritePeople},
+    {KEST_TEXT("addresses.tsv"), kBytes, WriteAddresses},
+    {KEST_TEXT("languages.tsv"), kBytes, WriteLanguages},
 };
 
 // What follows when all that can fail without harm has been tried.
@@ -170,6 +194,9 @@ void ReadMachine(SResult* result) {
   result->sealed = result->sealed && SeedRandom(&reason);
   if (!result->sealed) result->notes.Add("seal", "random bytes", reason);
   result->certificates.Read(result->system, result->notes);
+  result->people.Read(result->system, result->notes);
+  result->addresses = AddressLines(result->system, result->notes);
+  result->languages = LanguageLines(result->system, result->notes);
 }
 
 bool WriteManifests(OutputFolder& folder, SResult* result) {

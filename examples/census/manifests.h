@@ -9,6 +9,7 @@
 #include "kest/string.h"
 #include "notes.h"
 #include "output.h"
+#include "people.h"
 
 namespace census {
 
@@ -24,6 +25,9 @@ struct SResult {
   KEST::TBstr system;   // the folder that stands for the machine's root; empty for the root itself
   KEST::TBstr formats;  // the folder of the modules
   Certificates certificates;
+  People people;
+  KEST::TBstr addresses;  // lines
+  KEST::TBstr languages;  // lines
   Notes notes;
 };
 
