@@ -32,18 +32,18 @@ bool IsAddress(const TBstr& text) {
   return parts == 4 && digits > 0;
 }
 
-void PutAddress(const TBstr& file, const TBstr& word, TBstr* lines, Notes& notes) {
+void PutAddress(const TBstr& file, const TBstr& word, TextList* rows, Notes& notes) {
   unsigned int number;
   if (!IsAddress(word) || !KestInetAtoN(word.GetString(), &number, nullptr)) {
     return notes.Add(kPart, file, word + KEST_TEXT(" is no IPv4 address in full"));
   }
   TBstr back;
   KestInetNtoA(number, back);
-  *lines += file + kTab + word + kTab + Decimal(number) + kTab + back + KEST_TEXT("\n");
+  rows->Add(file + kTab + word + kTab + Decimal(number) + kTab + back);
 }
 
 // The addresses are first words of lines, or, with a keyword, second words behind it.
-void ReadFile(const TBstr& system, const TBstr& file, const TBstr& keyword, TBstr* addresses,
+void ReadFile(const TBstr& system, const TBstr& file, const TBstr& keyword, TextList* rows,
               Notes& notes) {
   TBstr text, reason, line, word;
   if (!ReadWhole(SystemSpec(system, file), &text, &reason)) return notes.Add(kPart, file, reason);
@@ -53,18 +53,16 @@ void ReadFile(const TBstr& system, const TBstr& file, const TBstr& keyword, TBst
     Words words(line);
     if (!words.Next(&word)) continue;
     if (!keyword.IsEmpty() && (word != keyword || !words.Next(&word))) continue;
-    PutAddress(file, word, addresses, notes);
+    PutAddress(file, word, rows, notes);
   }
 }
 
 }  // namespace
 
-TBstr AddressLines(const TBstr& system, Notes& notes) {
-  TBstr lines;
-  ReadFile(system, "/etc/hosts", TBstr(), &lines, notes);
-  ReadFile(system, "/etc/resolv.conf", "nameserver", &lines, notes);
-  if (lines.IsEmpty()) notes.Add(kPart, "/etc/hosts", "no addresses here");
-  return lines;
+void ReadAddresses(const TBstr& system, TextList* rows, Notes& notes) {
+  ReadFile(system, "/etc/hosts", TBstr(), rows, notes);
+  ReadFile(system, "/etc/resolv.conf", "nameserver", rows, notes);
+  if (rows->GetCount() == 0) notes.Add(kPart, "/etc/hosts", "no addresses here");
 }
 
 }  // namespace census

@@ -96,7 +96,7 @@ void FindLocales(const TBstr& folder, TextList* locales) {
 
 }  // namespace
 
-TBstr LanguageLines(const TBstr& system, Notes& notes) {
+void ReadLanguages(const TBstr& system, TextList* rows, Notes& notes) {
   TextList locales;
   for (const char* folder : kFolders) {
     if (locales.GetCount() == 0) FindLocales(SystemSpec(system, folder), &locales);
@@ -104,13 +104,11 @@ TBstr LanguageLines(const TBstr& system, Notes& notes) {
   locales.Sort();
   if (locales.GetCount() == 0) notes.Add(kPart, kFolders[0], "no locales here");
   const Supported supported(system);
-  TBstr lines;
   for (int i = 0; i < locales.GetCount(); ++i) {
     const TBstr& locale = locales.GetAt(i);
-    lines += EscapeForTable(locale) + KEST_TEXT("\t") + Decimal(LanguageOf(locale)) +
-             KEST_TEXT("\t") + Decimal(supported.EncodingOf(locale)) + KEST_TEXT("\n");
+    rows->Add(EscapeForTable(locale) + KEST_TEXT("\t") + Decimal(LanguageOf(locale)) +
+              KEST_TEXT("\t") + Decimal(supported.EncodingOf(locale)));
   }
-  return lines;
 }
 
 }  // namespace census

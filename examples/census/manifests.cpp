@@ -125,8 +125,12 @@ void WritePeople(OutputFile& out, const SResult& result) {
   }
 }
 
-void WriteAddresses(OutputFile& out, const SResult& result) { out.Put(result.addresses); }
-void WriteLanguages(OutputFile& out, const SResult& result) { out.Put(result.languages); }
+void WriteRows(OutputFile& out, const TextList& rows) {
+  for (int i = 0; i < rows.GetCount(); ++i) out.Put(rows.GetAt(i) + kNewLine);
+}
+
+void WriteAddresses(OutputFile& out, const SResult& result) { WriteRows(out, result.addresses); }
+void WriteLanguages(OutputFile& out, const SResult& result) { WriteRows(out, result.languages); }
 
 void WriteNotes(OutputFile& out, const SResult& result) {
   for (int i = 0; i < result.notes.GetCount(); ++i) {
@@ -195,8 +199,8 @@ void ReadMachine(SResult* result) {
   if (!result->sealed) result->notes.Add("seal", "random bytes", reason);
   result->certificates.Read(result->system, result->notes);
   result->people.Read(result->system, result->notes);
-  result->addresses = AddressLines(result->system, result->notes);
-  result->languages = LanguageLines(result->system, result->notes);
+  ReadAddresses(result->system, &result->addresses, result->notes);
+  ReadLanguages(result->system, &result->languages, result->notes);
 }
 
 bool WriteManifests(OutputFolder& folder, SResult* result) {

@@ -5,6 +5,7 @@
 
 #include "certificates.h"
 #include "duplicates.h"
+#include "input.h"
 #include "inventory.h"
 #include "kest/string.h"
 #include "notes.h"
@@ -26,8 +27,8 @@ struct SResult {
   KEST::TBstr formats;  // the folder of the modules
   Certificates certificates;
   People people;
-  KEST::TBstr addresses;  // lines
-  KEST::TBstr languages;  // lines
+  TextList addresses;  // rows, as are languages
+  TextList languages;
   Notes notes;
 };
 

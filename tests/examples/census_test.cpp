@@ -870,7 +870,7 @@ TEST_F(Census, SkipsFormatsThatAreNotReady) {
 }
 
 TEST_F(Census, SumsASampleOfALargeTree) {
-  for (int i = 0; i < 450; ++i) File("file" + std::to_string(i), std::string(i, 'x'));
+  for (size_t i = 0; i < 450; ++i) File("file" + std::to_string(i), std::string(i, 'x'));
   ASSERT_EQ(0, Run()) << said;
   EXPECT_EQ(90, CountRows(Output("CKSUMS"), " ./"));
   ExpectVerified();
