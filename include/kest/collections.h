@@ -94,11 +94,13 @@ class KEST_API TPtrArray {
   // Makes the elements those of source.
   void Copy(const TPtrArray& source);
 
+  // The number of elements.
   int GetSize() const { return size; }
 
   // The capacity in elements.
   int GetMaxSize() const { return maxSize; }
 
+  // Whether there are no elements, whatever the capacity.
   bool IsEmpty() const { return size == 0; }
 
   // Access to an element, by 0 <= index < size.
@@ -181,6 +183,7 @@ class KEST_API TPtrList {
   __POSITION* GetHeadPosition() const { return ToPosition(head); }
   __POSITION* GetTailPosition() const { return ToPosition(tail); }
 
+  // The number of elements.
   int GetCount() const { return count; }
   bool IsEmpty() const { return count == 0; }
 
@@ -300,6 +303,7 @@ class KEST_API TPtrFromPtrMap {
     return count != 0 ? reinterpret_cast<__POSITION*>(UINTPTR_MAX) : nullptr;
   }
 
+  // The number of entries.
   int GetCount() const { return count; }
   bool IsEmpty() const { return count == 0; }
 
@@ -376,6 +380,7 @@ class KEST_API TPtrFromBstrMap {
     return count != 0 ? reinterpret_cast<__POSITION*>(UINTPTR_MAX) : nullptr;
   }
 
+  // The number of entries.
   int GetCount() const { return count; }
   bool IsEmpty() const { return count == 0; }
 
@@ -448,6 +453,7 @@ class KEST_API TPtrFromGuidMap {
     return count != 0 ? reinterpret_cast<__POSITION*>(UINTPTR_MAX) : nullptr;
   }
 
+  // The number of entries.
   int GetCount() const { return count; }
   bool IsEmpty() const { return count == 0; }
 

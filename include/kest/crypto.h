@@ -31,6 +31,7 @@ class KEST_API TCipher {
   // Every value but kOpEncrypt routes data to decryption.
   enum ECipherOp : int { kOpEncrypt = 0, kOpDecrypt = 1 };
 
+  // Ciphers wipe their keys when they are destroyed.
   virtual ~TCipher() = 0;
 
   // Takes key or parameters from the BER structure at ber, of at most len bytes. Returns the number
@@ -357,10 +358,13 @@ class KEST_API TBigInt {
   // Below 0, 0 or above 0 as a is below, equal to or above b; any number, not only 1.
   static int Cmp(const TBigInt& a, const TBigInt& b);
 
+  // r = a + b.
   static bool Add(TBigInt& r, const TBigInt& a, const TBigInt& b);
 
-  // a has to be b at least. If not, the result has no use, and nothing reports that.
+  // r = a - b. a has to be b at least. If not, the result has no use, and nothing reports that.
   static bool Sub(TBigInt& r, const TBigInt& a, const TBigInt& b);
+
+  // r = a * b.
   static bool Mul(TBigInt& r, const TBigInt& a, const TBigInt& b);
 
   // Quotient and remainder; one object for both ends up with the remainder. With a d of 0 neither

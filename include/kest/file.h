@@ -76,6 +76,7 @@ class KEST_API TFile {
   // closing fails, gives false and the file is closed.
   bool Close();
 
+  // Whether there is a file to read, write and close.
   bool IsOpen() const;
 
   // Transfer up to count bytes at the position and move it. The number of bytes transferred: less
@@ -272,6 +273,7 @@ class KEST_API TLibrary {
   // then keeps the module, which has been stopped all the same.
   bool Free();
 
+  // Whether there is a module to look up names in and to free.
   bool IsLoaded() const;
 
   // The address of a function or variable by the name it is exported under, of the module itself or

@@ -317,10 +317,16 @@ class KEST_API TBstr {
   // bytes would pass INT_MAX.
   bool CreateMultibyteBuffer() const;
 
+  // Frees the 8-bit copy, if there is one. The text stays.
   void DestroyMultibyteBuffer();
 
+  // Units in the text, inner zero units included, without the terminator.
   int GetLength() const;
+
+  // Whether the length is 0.
   bool IsEmpty() const;
+
+  // Frees the text and its 8-bit copy.
   void Empty();
 
   // The text, never null, with a terminator. Valid until the string is changed.
