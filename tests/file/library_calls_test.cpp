@@ -3,6 +3,7 @@
 
 #include <dlfcn.h>
 #include <errno.h>
+#include <limits.h>
 #include <stdlib.h>
 #include <string.h>
 
@@ -55,6 +56,12 @@ char* realpath(const char* path, char* resolved) noexcept {
   }
   return s_loader.resolved.empty() ? next(path, resolved)
                                    : strcpy(resolved, s_loader.resolved.c_str());
+}
+
+// What a build with checked variants calls; size is that of the buffer.
+char* __realpath_chk(const char* path, char* resolved, size_t size) noexcept {
+  EXPECT_LE(size_t{PATH_MAX}, size);
+  return realpath(path, resolved);
 }
 
 void* dlopen(const char* path, int flags) noexcept {

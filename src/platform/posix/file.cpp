@@ -52,7 +52,7 @@ long long TFile::FileGetLength(void* h) {
   fseek(Stream(h), 0, SEEK_END);
   const long length = ftell(Stream(h));
   fseek(Stream(h), position, SEEK_SET);
-  ftell(Stream(h));
+  [[maybe_unused]] const long restored = ftell(Stream(h));
   return LowWord(length);
 }
 
