@@ -43,6 +43,7 @@ fuzz_all() {
 }
 mkdir -p "$work/findings"
 rm -f "$work"/*.log
+repeat="./check --deep fuzz ${targets[*]}"
 try_step "fuzz ${#targets[@]} targets" deep-fuzz-run fuzz_all
 
 findings=0

@@ -114,6 +114,32 @@ class Guarded {
   char* m_end;
 };
 
+// Text made of an input: up to kMax units and a terminator that ends at an inaccessible page.
+template <size_t kMax>
+class GuardedText {
+ public:
+  // All that is left, or count units at most. The first byte says whether a unit is a byte or two;
+  // a zero unit ends the text.
+  const unsigned short* Take(Input& in, size_t count = kMax) {
+    const bool isWide = in.Bool();
+    if (count > kMax) count = kMax;
+    m_length = 0;
+    while (m_length < count && in.Left() != 0) {
+      const unsigned short unit = isWide ? in.Unit() : in.Byte();
+      if (unit == 0) break;
+      m_units[m_length++] = unit;
+    }
+    m_units[m_length] = 0;
+    return m_room.Copy(m_units, m_length + 1);
+  }
+  size_t Length() const { return m_length; }
+
+ private:
+  Guarded<unsigned short, kMax + 1> m_room;
+  unsigned short m_units[kMax + 1];
+  size_t m_length = 0;
+};
+
 }  // namespace kest_fuzz
 
 #endif  // KEST_TESTS_FUZZ_FUZZ_H
