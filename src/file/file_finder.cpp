@@ -4,28 +4,31 @@
 
 #include <utility>
 
+#include "file/search.h"
 #include "frame/layout.h"
 
 namespace {
 
+using KEST::EFound;
 using KEST::TBstr;
 using KEST::TFile;
 using KEST::TFileFinder;
 using KEST::TFileInfo;
 using KEST::TPtrArray;
 
-// Starts a search on top of the stack. False leaves the stack and the entry as they were; for that
-// the room is made first.
-bool PushSearch(TPtrArray& handles, const TBstr& spec, TFileInfo& entry) {
+// Starts a search on top of the stack. Without an entry the stack is as it was; for that the room
+// is made first.
+EFound PushSearch(TPtrArray& handles, const TBstr& spec, TFileInfo& entry) {
   const int level = handles.Add(nullptr);
-  if (level < 0) return false;
-  void* handle = TFileFinder::FileFinderFind(spec, entry);
-  if (handle == nullptr) {
+  if (level < 0) return EFound::kNoMemory;
+  void* handle;
+  const EFound found = KEST::InternalFindFirst(spec, entry, handle);
+  if (found == EFound::kEntry) {
+    handles.SetAt(level, handle);
+  } else {
     handles.RemoveAt(level);
-    return false;
   }
-  handles.SetAt(level, handle);
-  return true;
+  return found;
 }
 
 void PopSearch(TPtrArray& handles) {
@@ -79,7 +82,7 @@ bool TFileFinder::Find(const unsigned short* spec, bool descend) {
   // Without memory a part is missing; the entries' specifications would then be wrong.
   const int length = searchDirectory.GetLength() + searchPattern.GetLength();
   if (search.IsEmpty() || length != search.GetLength()) return false;
-  if (!PushSearch(handles, search, *this)) return false;
+  if (PushSearch(handles, search, *this) != EFound::kEntry) return false;
   directory = std::move(searchDirectory);
   pattern = std::move(searchPattern);
   recursive = descend;
@@ -92,17 +95,23 @@ bool TFileFinder::FindNext(bool skipSubdirectory) {
   if (recursive && !skipSubdirectory && !pattern.IsEmpty() && isDirectory &&
       name != kCurrentDirectory && name != kParentDirectory) {
     TBstr entered = GetFileSpec();
-    if (!entered.IsEmpty() &&
-        PushSearch(handles, TFile::AppendFileNameToSpec(entered, pattern), *this)) {
+    const TBstr search = TFile::AppendFileNameToSpec(entered, pattern);
+    if (entered.IsEmpty() || search.IsEmpty()) return false;
+    const EFound found = PushSearch(handles, search, *this);
+    if (found == EFound::kNoMemory) return false;
+    if (found == EFound::kEntry) {
       directory = std::move(entered);
       return true;
     }
   }
-  while (!FileFinderFindNext(handles[handles.GetSize() - 1], *this)) {
-    if (handles.GetSize() == 1 || !MoveToParent(directory)) return false;
+  for (;;) {
+    const EFound found = InternalFindNext(handles[handles.GetSize() - 1], *this);
+    if (found == EFound::kEntry) return true;
+    // Without memory everything stays, so that a later call can go on from here.
+    if (found == EFound::kNoMemory || handles.GetSize() == 1) return false;
+    if (!MoveToParent(directory)) return false;
     PopSearch(handles);
   }
-  return true;
 }
 
 void TFileFinder::Close() {

@@ -474,4 +474,48 @@ TEST_F(FileFinderInATree, FindWithoutMemoryLeavesTheFinder) {
   });
 }
 
+// A folder that could not be entered, or an entry whose name could not be kept, for lack of memory
+// was passed over as if it had vanished: the search went on and nothing told that it was not whole.
+TEST(FormerBug, AnEntryWasPassedOverForLackOfMemory) {
+  const TempTree tree;
+  for (const char* folder : {"1", "2"}) {
+    tree.MakeFolder(folder);
+    tree.MakeFile(std::string(folder) + "/file");
+  }
+  const TBstr spec = tree.Spec("*");
+  const Names expected = FindAll(tree.Path("*"), true);
+  kest_test::ForEachRefusedRequest([&](kest_test::TestAllocator& allocator) {
+    TFileFinder finder;
+    const int refusedBefore = allocator.Refused();
+    bool found = finder.Find(spec.GetString(), true);
+    if (allocator.Refused() != refusedBefore) return;
+    for (size_t i = 1; i < expected.size(); ++i) {
+      const int refused = allocator.Refused();
+      found = finder.FindNext(false);
+      EXPECT_EQ(allocator.Refused() == refused, found);
+      allocator.RefuseNone();
+      if (!found) {
+        EXPECT_TRUE(finder.FindNext(false)) << "it goes on from the same entry";
+      }
+      EXPECT_EQ(expected[i], Text(finder.GetFileSpec()));
+    }
+  });
+}
+
+// The 8-bit form was asked for twice. Without memory at the first time, the test for too many parts
+// saw an empty pattern, and the whole one went to the system all the same.
+TEST(FormerBug, AHugePatternPassedUncheckedWhenMemoryCameBack) {
+  const TempTree tree;
+  std::string parts;
+  for (int i = 0; i < 257; ++i) parts += "/d";
+  tree.MakeFolder("d" + parts);
+  const TBstr spec = tree.Spec("?" + parts);
+  kest_test::ForEachRefusedRequest([&](kest_test::TestAllocator&) {
+    TFileInfo info;
+    const TBstr fresh(spec.GetString());
+    EXPECT_EQ(nullptr, TFileFinder::FileFinderFind(fresh, info));
+    EXPECT_TRUE(info.name.IsEmpty());
+  });
+}
+
 }  // namespace

@@ -1,6 +1,6 @@
 // POSIX side of TFileFinder: a handle is a search record, never null except for FileFinderClose.
 
-#include "kest/file.h"
+#include "file/search.h"
 
 #include <glob.h>
 #include <string.h>
@@ -34,41 +34,62 @@ const char* NameOf(const char* path) {
   return separator != nullptr ? separator + 1 : path;
 }
 
-// Links are described themselves, not what they point to. The 64-bit call also reports entries
-// whose size or inode number does not fit 32 bits.
-bool Describe(const char* path, KEST::TFileInfo& info) {
+// kNone when there is no such entry any more. Links are described themselves, not what they point
+// to. The 64-bit call also reports entries whose size or inode number does not fit 32 bits.
+KEST::EFound Describe(const char* path, KEST::TFileInfo& info) {
   struct stat64 status;
-  if (lstat64(path, &status) != 0) return false;
+  if (lstat64(path, &status) != 0) return KEST::EFound::kNone;
   KEST::TBstr name(NameOf(path));
-  if (name.IsEmpty() && *NameOf(path) != 0) return false;
+  if (name.IsEmpty() && *NameOf(path) != 0) return KEST::EFound::kNoMemory;
   info.Init(KEST::TBstr(), S_ISDIR(status.st_mode), status.st_size, status.st_ctime,
             status.st_mtime, status.st_atime);
   info.name = std::move(name);
-  return true;
+  return KEST::EFound::kEntry;
 }
 
 }  // namespace
 
 namespace KEST {
 
-void* TFileFinder::FileFinderFind(const TBstr& spec, TFileInfo& info) {
-  if (HasTooManyParts(spec.GetMultibyteString())) return nullptr;
+EFound InternalFindFirst(const TBstr& spec, TFileInfo& info, void*& handle) {
+  handle = nullptr;
+  // Taken once: a copy that fails now may succeed later, and would then go unchecked.
+  const char* const path = spec.GetMultibyteString();
+  if (*path == 0 && spec.GetAt(0) != 0) return EFound::kNoMemory;
+  if (HasTooManyParts(path)) return EFound::kNone;
   SSearch* search = CreateObject<SSearch>();
-  if (search == nullptr) return nullptr;
+  if (search == nullptr) return EFound::kNoMemory;
   // With "/" glob finds nothing; GLOB_NOCHECK makes it report the root itself.
   const int flags = spec == KEST_TEXT("/") ? GLOB_NOSORT | GLOB_NOCHECK : GLOB_NOSORT;
-  const int result = glob(spec.GetMultibyteString(), flags, nullptr, &search->paths);
-  if (result == 0 && FileFinderFindNext(search, info)) return search;
-  FileFinderClose(search);  // a search that failed may hold paths all the same
-  return nullptr;
+  const int result = glob(path, flags, nullptr, &search->paths);
+  EFound found = result == GLOB_NOSPACE ? EFound::kNoMemory : EFound::kNone;
+  if (result == 0) found = InternalFindNext(search, info);
+  if (found == EFound::kEntry) {
+    handle = search;
+  } else {
+    TFileFinder::FileFinderClose(search);  // a failed search may hold paths all the same
+  }
+  return found;
+}
+
+EFound InternalFindNext(void* handle, TFileInfo& info) {
+  SSearch* search = static_cast<SSearch*>(handle);
+  for (; search->next < search->paths.gl_pathc; ++search->next) {
+    const EFound found = Describe(search->paths.gl_pathv[search->next], info);
+    if (found == EFound::kEntry) ++search->next;
+    if (found != EFound::kNone) return found;
+  }
+  return EFound::kNone;
+}
+
+void* TFileFinder::FileFinderFind(const TBstr& spec, TFileInfo& info) {
+  void* handle;
+  InternalFindFirst(spec, info, handle);
+  return handle;
 }
 
 bool TFileFinder::FileFinderFindNext(void* handle, TFileInfo& info) {
-  SSearch* search = static_cast<SSearch*>(handle);
-  while (search->next < search->paths.gl_pathc) {
-    if (Describe(search->paths.gl_pathv[search->next++], info)) return true;
-  }
-  return false;
+  return InternalFindNext(handle, info) == EFound::kEntry;
 }
 
 void TFileFinder::FileFinderClose(void* handle) {
