@@ -52,7 +52,8 @@ KEST_API unsigned int KestStringByteLen(const unsigned short* bstr);
 // return the number of elements written. A length or size below 1, or a null pointer, converts
 // nothing; here -1 is not short for the whole text. Nothing is reported as an error.
 
-// The bytes that s needs up to its terminator, which is not counted.
+// The bytes that s needs up to its terminator, which is not counted. 0 when they are too many for
+// 32 bits.
 KEST_API unsigned int KestStringUtf8ByteLen(const unsigned short* s);
 
 // Writes length units of src to dest. The size is compared before each unit only: A SEQUENCE THAT
@@ -437,7 +438,8 @@ class KEST_API TBstr {
 
   // The bytes of this text in the encoding of that name, one of kest/text.h in any case of letters:
   // a byte a unit for "us-ascii", "iso-8859-1" and null, even where a unit does not fit; UTF-8 up
-  // to the first zero unit; two bytes a unit for "unicode-2-0". 0 for any other name.
+  // to the first zero unit; two bytes a unit for "unicode-2-0". 0 for any other name, and for more
+  // bytes than an int counts.
   int GetEncodedByteLength(const unsigned short* encoding) const;
 
   // The name of the narrowest encoding that holds every unit: "us-ascii" (also of empty text),

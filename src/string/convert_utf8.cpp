@@ -1,6 +1,9 @@
 // UTF-8 to and from 16-bit units, in the patterns of RFC 3629 for up to three bytes. Every unit
 // stands for itself: surrogate pairs are not combined, and the decoder checks nothing, on purpose.
 
+#include <limits.h>
+#include <stdint.h>
+
 #include "kest/string.h"
 
 namespace {
@@ -48,17 +51,20 @@ extern "C" {
 
 unsigned int KestStringUtf8ByteLen(const unsigned short* s) {
   if (s == nullptr) return 0;
-  unsigned int bytes = 0;
+  uint64_t bytes = 0;
   for (; *s != 0; ++s) bytes += EncodedSize(*s);
-  return bytes;
+  return bytes <= UINT_MAX ? static_cast<unsigned int>(bytes) : 0;
 }
 
 int KestStringToUtf8(const unsigned short* src, int length, char* dest, int size) {
   if (src == nullptr || dest == nullptr || size <= 0) return 0;
   const unsigned int room = static_cast<unsigned int>(size);
   unsigned int written = 0;
-  // The room is tested before each unit only, so the last one may end up to 2 bytes past it.
-  for (int i = 0; i < length && written < room; ++i) written += Encode(src[i], dest + written);
+  // The room is tested before each unit only, so the last one may end up to 2 bytes past it; but
+  // not past what the result counts.
+  for (int i = 0; i < length && written < room && EncodedSize(src[i]) <= INT_MAX - written; ++i) {
+    written += Encode(src[i], dest + written);
+  }
   return static_cast<int>(written);
 }
 

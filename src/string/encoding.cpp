@@ -1,5 +1,7 @@
 // Which of the named encodings hold a TBstr, and in how many bytes.
 
+#include <limits.h>
+
 #include <algorithm>
 
 #include "kest/string.h"
@@ -12,6 +14,9 @@ namespace {
 constexpr unsigned short kLastOfAscii = 0x7F;
 constexpr unsigned short kLastOfLatin1 = 0xFF;
 
+// 0 for more bytes than an int counts.
+int IntOf(unsigned int bytes) { return bytes <= INT_MAX ? static_cast<int>(bytes) : 0; }
+
 }  // namespace
 
 int TBstr::GetEncodedByteLength(const unsigned short* encoding) const {
@@ -19,8 +24,8 @@ int TBstr::GetEncodedByteLength(const unsigned short* encoding) const {
       ucsicmp(encoding, kLatin1Encoding) == 0) {
     return GetLength();
   }
-  if (ucsicmp(encoding, kUtf8Encoding) == 0) return static_cast<int>(KestStringUtf8ByteLen(string));
-  if (ucsicmp(encoding, kUnicodeEncoding) == 0) return static_cast<int>(KestStringByteLen(string));
+  if (ucsicmp(encoding, kUtf8Encoding) == 0) return IntOf(KestStringUtf8ByteLen(string));
+  if (ucsicmp(encoding, kUnicodeEncoding) == 0) return IntOf(KestStringByteLen(string));
   return 0;
 }
 

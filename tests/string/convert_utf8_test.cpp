@@ -143,6 +143,19 @@ TEST(ConvertUtf8, TheLastSequenceMayRunTwoBytesPastTheSize) {
   }
 }
 
+// Source and destination in blocks of exactly the sizes given, so that a tool sees a byte too many.
+TEST(ConvertUtf8, FillsABlockOfTheCountedSize) {
+  const std::u16string text = u"a\u20AC\u00E9\u20ACb\u20AC\uFFFF";
+  for (size_t length = 1; length <= text.size(); ++length) {
+    const std::vector<unsigned short> source(text.begin(),
+                                             text.begin() + static_cast<ptrdiff_t>(length));
+    std::vector<char> dest(KestStringUtf8ByteLen(Units(text.substr(0, length))));
+    const int size = static_cast<int>(dest.size());
+    EXPECT_EQ(size, KestStringToUtf8(source.data(), static_cast<int>(length), dest.data(), size));
+    EXPECT_EQ(Encode(text.substr(0, length)), std::string(dest.begin(), dest.end()));
+  }
+}
+
 TEST(ConvertUtf8, NothingFromOrIntoNothing) {
   char bytes[4] = "UUU";
   unsigned short units[4] = {7, 7, 7, 7};

@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <string.h>
 
 #include "kest/string.h"
 #include "kest/text.h"
@@ -35,6 +36,22 @@ TEST(Encoding, BytesOfATextInEachEncoding) {
   for (const auto& row : kRows) {
     EXPECT_EQ(row.length, text.GetEncodedByteLength(row.name)) << TextOf(TBstr(row.name)).size();
     EXPECT_EQ(0, empty.GetEncodedByteLength(row.name));
+  }
+}
+
+// The length came out negative.
+TEST(FormerBug, MoreBytesThanAnIntCountsAreZero) {
+  struct {
+    unsigned int prefix;  // the length in bytes, which no memory stands behind
+    int length;
+  } constexpr kRows[] = {{0x7FFFFFFE, 0x7FFFFFFE}, {0x80000000, 0}, {0xFFFFFFF8, 0}};
+  for (const auto& row : kRows) {
+    unsigned short units[4] = {};
+    memcpy(units, &row.prefix, sizeof(row.prefix));
+    TBstr text;
+    text.Attach(units + 2);
+    EXPECT_EQ(row.length, text.GetEncodedByteLength(KEST::kUnicodeEncoding));
+    text.Detach();
   }
 }
 
