@@ -56,7 +56,9 @@ KEST_API int KestInitialize(KEST::SAllocator* allocator);
 
 // Balances one KestInitialize: frees the calling thread's thread-local data, and on the last call
 // stops everything, posted messages and the hooks included. Ignored when nothing is left to
-// balance. Quit and join threads that wait for messages before the last call.
+// balance. Before the last call quit and join threads that wait for messages, unregister message
+// callbacks, and let every other thread make its call: what they hold outlives the last one, and
+// would go to whichever hooks are in force later.
 KEST_API void KestUninitialize(void);
 
 // The entry pair that a module loader (TLibrary in kest/file.h) calls after loading and before

@@ -4,6 +4,7 @@
 #include <deque>
 #include <random>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "collections/element.h"
@@ -38,6 +39,11 @@ TEST(FifoBuffer, StartsWithoutABlock) {
     EXPECT_EQ("", Read(fifo, 10));
   }
   EXPECT_EQ(0, allocator.Requests());
+}
+
+TEST(FifoBuffer, IsNeverCopied) {
+  static_assert(!std::is_copy_constructible_v<TFifoBuffer> &&
+                !std::is_copy_assignable_v<TFifoBuffer>);
 }
 
 TEST(FifoBuffer, ReusesTheRoomOfReadBytes) {

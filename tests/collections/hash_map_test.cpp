@@ -126,6 +126,10 @@ TYPED_TEST(HashMap, StartsWith17BucketsAndNoTable) {
   EXPECT_EQ(0, allocator.Requests());
 }
 
+TYPED_TEST(HashMap, IsNeverCopied) {
+  static_assert(!std::is_copy_constructible_v<TypeParam> && !std::is_copy_assignable_v<TypeParam>);
+}
+
 TYPED_TEST(HashMap, TheFirstInsertionMakesTheTable) {
   TestAllocator allocator;
   {

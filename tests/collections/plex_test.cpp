@@ -78,6 +78,7 @@ TEST(Plex, SizesThatDoNotFit32BitsFailWithoutARequest) {
       {2, 0x80000000},
       {0x10000, 0x10000},
       {0x10001, 0xFFFF},
+      {0x15555556, 12},  // 8 in 32 bits
       {UINT_MAX, 2},
       {UINT_MAX, UINT_MAX},
       {0x80000001, 0x80000001},

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <random>
+#include <type_traits>
 #include <vector>
 
 #include "collections/element.h"
@@ -47,6 +48,10 @@ TEST(PtrArray, StartsEmptyWithoutStorage) {
     EXPECT_TRUE(array.IsEmpty());
   }
   EXPECT_EQ(0, allocator.Requests());
+}
+
+TEST(PtrArray, IsNeverCopied) {
+  static_assert(!std::is_copy_constructible_v<TPtrArray> && !std::is_copy_assignable_v<TPtrArray>);
 }
 
 TEST(PtrArray, AFirstAllocationIsExact) {

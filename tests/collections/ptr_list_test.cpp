@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 #include <limits.h>
+#include <malloc.h>
+#include <stdlib.h>
+#include <string.h>
 
 #include <algorithm>
 #include <iterator>
@@ -63,6 +66,10 @@ TEST(PtrList, StartsEmptyWithoutMemory) {
   EXPECT_EQ(0, allocator.Requests());
 }
 
+TEST(PtrList, IsNeverCopied) {
+  static_assert(!std::is_copy_constructible_v<TPtrList> && !std::is_copy_assignable_v<TPtrList>);
+}
+
 TEST(PtrList, AddsAtBothEnds) {
   TPtrList list;
   __POSITION* at = list.AddTail(a);
@@ -123,6 +130,27 @@ TEST(PtrList, AnEmptiedListHoldsNoMemory) {
     Fill(list, Numbers(9));
   }
   EXPECT_EQ(0, allocator.Live()) << "the destructor";
+}
+
+// The hook leaves nothing in a block that it is given back.
+TEST(PtrList, TheLastElementIsReadBeforeItsBlockIsFreed) {
+  KEST::SAllocator hooks = {[](unsigned int size) { return malloc(size); },
+                            [](void* block, unsigned int size) { return realloc(block, size); },
+                            [](void* block) {
+                              if (block == nullptr) return;
+                              memset(block, 0xDD, malloc_usable_size(block));
+                              free(block);
+                            }};
+  KEST::MemInit(&hooks);
+  TPtrList list;
+  list.AddTail(a);
+  EXPECT_EQ(a, list.RemoveHead());
+  list.AddTail(b);
+  EXPECT_EQ(b, list.RemoveTail());
+  list.AddTail(c);
+  list.RemoveAt(list.GetHeadPosition());
+  EXPECT_EQ(Elements{}, Of(list));
+  KEST::MemTerm();
 }
 
 TEST(PtrList, TakesNodesABlockAtATime) {

@@ -25,8 +25,6 @@ using KEST::TCrypter;
 using KEST::TRsaPublicCipher;
 
 static_assert(sizeof(TRsaPublicCipher) == (sizeof(void*) == 4 ? 24 : 48));
-static_assert(!std::is_copy_constructible_v<TRsaPublicCipher>);
-static_assert(!std::is_copy_assignable_v<TRsaPublicCipher>);
 
 const Bytes kOne = {1};
 const Bytes kMessage = {'a', 'b'};
@@ -84,6 +82,11 @@ std::string Processed(TRsaPublicCipher& cipher, const Bytes& data, int length) {
   const int result = cipher.ProcessData(work.data(), length, true);
   if (result == 0) return work == data ? "0" : "0, changed: " + Hex(work);
   return Hex(work.data(), static_cast<size_t>(result));
+}
+
+TEST(RsaPublicCipher, IsNeverCopied) {
+  static_assert(!std::is_copy_constructible_v<TRsaPublicCipher>);
+  static_assert(!std::is_copy_assignable_v<TRsaPublicCipher>);
 }
 
 TEST(RsaPublicCipher, HasTheTypeAndTheVirtualTableOfItsBase) {

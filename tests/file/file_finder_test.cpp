@@ -54,10 +54,14 @@ void ExpectNoEntry(const TFileFinder& finder) {
   EXPECT_EQ(0, finder.lastAccessTime);
 }
 
+TEST(FileFinder, IsNeverCopied) {
+  static_assert(!std::is_copy_constructible_v<TFileFinder>);
+  static_assert(!std::is_copy_assignable_v<TFileFinder>);
+}
+
 TEST(FileFinder, IsItsOwnCurrentEntry) {
   static_assert(std::is_base_of_v<TFileInfo, TFileFinder>);
   static_assert(!std::is_polymorphic_v<TFileFinder>);
-  static_assert(!std::is_copy_constructible_v<TFileFinder>);
   TFileFinder finder;
   ExpectNoEntry(finder);
   EXPECT_TRUE(finder.GetFileSpec().IsEmpty());

@@ -88,7 +88,10 @@ TEST(BstrAssign, ARunOfMoreThan256BytesGoesThroughATemporaryBlock) {
   struct {
     int count;
     unsigned int size;
-  } constexpr kRows[] = {{129, 258}, {200, 400}, {INT_MAX, 0xFFFFFFFE}};
+  } constexpr kRows[] = {{129, 258},
+                         {200, 400},
+                         {0x40000000, 0x80000000},  // bytes that as an int would be negative
+                         {INT_MAX, 0xFFFFFFFE}};
   for (const auto& row : kRows) {
     allocator.Reset();
     allocator.Refuse(1, TestAllocator::kOnlyOne);

@@ -11,6 +11,7 @@
 namespace {
 
 using KEST::TBstr;
+using kest_test::GuardedUnits;
 using kest_test::RandomFormat;
 using kest_test::TestAllocator;
 using kest_test::Text;
@@ -45,6 +46,31 @@ TEST(BstrFormat, NoFormatIsCutShort) {
   EXPECT_EQ(u"k " + spaces + u"|", TextOf(s));
   s.Format(KEST_TEXT("%.*d"), 700, 5);
   EXPECT_EQ(std::u16string(699, u'0') + u"5", TextOf(s));
+}
+
+// A letter that some formatters read a wider argument for takes none here; what comes after it
+// would be an integer read as an address.
+TEST(BstrFormat, SizeLettersDoNotShiftTheArguments) {
+  for (const char16_t* format : {u"%lld %s", u"%Ld %s", u"%Fd %s", u"%wd %s", u"%hd %s"}) {
+    TBstr s;
+    s.Format(Units(format), 7, KEST_TEXT("text"));
+    EXPECT_EQ(u"7 text", TextOf(s));
+  }
+  TBstr s;
+  s.Format(KEST_TEXT("%I64d %s"), KEST_TEXT("text"));
+  EXPECT_EQ(u"64d text", TextOf(s)) << "digits break the conversion off";
+  s.Format(KEST_TEXT("%5y %A%.3f%s"), KEST_TEXT("text"));
+  EXPECT_EQ(u"y Atext", TextOf(s)) << "and letters without a meaning read nothing";
+}
+
+TEST(BstrFormat, AConversionMayBeCutShortByTheEnd) {
+  for (const std::u16string end : {u"%", u"%-", u"%0", u"%5", u"%.", u"%.3", u"%l", u"%-05.3h"}) {
+    SCOPED_TRACE(testing::PrintToString(end));
+    const GuardedUnits format(u"100" + end + std::u16string(1, u'\0'));
+    TBstr s;
+    s.Format(format.Get());
+    EXPECT_EQ(u"100", TextOf(s));
+  }
 }
 
 TEST(BstrFormat, EmptyResultsAreTheEmptyString) {
@@ -88,6 +114,8 @@ TEST(BstrFormat, ArgumentsMayBeTheTextItself) {
   EXPECT_EQ(u"<he", TextOf(s));
   s.Format(KEST_TEXT("%s"), s.GetString());
   EXPECT_EQ(u"<he", TextOf(s)) << "of the same length as before";
+  s.Format(KEST_TEXT("x%.*s"), 2, s.GetString());
+  EXPECT_EQ(u"x<h", TextOf(s)) << "of the same length, and moved";
   s.Format(KEST_TEXT("xyz%.*s"), 0, s.GetString());
   EXPECT_EQ(u"xyz", TextOf(s));
 }

@@ -4,6 +4,7 @@
 #include <string.h>
 
 #include <algorithm>
+#include <type_traits>
 
 #include "kest/string.h"
 #include "support/test_allocator.h"
@@ -103,6 +104,11 @@ TEST(ConvertBuffer, HoldsTheWidenedBytesAndATerminator) {
     }
     EXPECT_EQ(0, allocator.Live());
   }
+}
+
+TEST(ConvertBuffer, IsNeverCopied) {
+  static_assert(!std::is_copy_constructible_v<TConvertBuffer> &&
+                !std::is_copy_assignable_v<TConvertBuffer>);
 }
 
 TEST(ConvertBuffer, NothingToConvertTakesNoMemory) {

@@ -170,6 +170,7 @@ TEST(Format, APrecisionInDigitsHasNoEffect) {
   EXPECT_EQ(u"00042", Printed(u"%05.3d", 42)) << "the '0' flag stays";
   EXPECT_EQ(u"hello", Printed(u"%.10s", u"hello"));
   EXPECT_EQ(u"hello", Printed(u"%.99999999999999999999s", u"hello")) << "however many they are";
+  EXPECT_EQ(u"5", Printed(u"%.000000000000d", 5)) << "-1 times 10^12, which wraps to 727379968";
   EXPECT_EQ(u"hello", Printed(u"%.2147483648s", u"hello"));
   EXPECT_EQ(u"hello", Printed(u"%.11111111112s", u"hello"));
 }

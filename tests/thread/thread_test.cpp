@@ -36,6 +36,10 @@ int AddToCounter(void* arg) {
 
 int Nothing(void*) { return 0; }
 
+TEST(Thread, IsNeverCopied) {
+  static_assert(!std::is_copy_constructible_v<TThread> && !std::is_copy_assignable_v<TThread>);
+}
+
 TEST(Thread, CreateRefusesANullFunction) {
   TestAllocator allocator;
   TThread thread;
