@@ -16,7 +16,7 @@ for target in "${targets[@]}"; do
   mkdir -p "$new" "$found/$target" "$kept"
   find "$kept" -type f -regextype posix-extended ! -regex '.*/[0-9a-f]{40}' -exec cp -t "$new" {} +
   step "minimise $target" "fuzz-corpus-$target" "build/m32-fuzz/tests/fuzz/${target}_fuzz" \
-    -set_cover_merge=1 "$new" "$kept" "$found/$target"
+    -set_cover_merge=1 -use_counters=0 "$new" "$kept" "$found/$target"
   [ -n "$(ls -A "$new")" ] || die "nothing reaches anything in $target"
   rm -rf "$kept"
   mv "$new" "$kept"
