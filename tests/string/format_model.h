@@ -43,7 +43,7 @@ class FormatModel {
   explicit FormatModel(FormatArguments& source) : args(source) {}
 
   static int ClassOf(char16_t ch) {
-    const std::u16string kClasses[] = {
+    static const std::u16string kClasses[] = {
         u"", u"%", u".", u"*", u"0", u"123456789", u" #+-", u"FILNhlw", u"BCEGSXZcdefginopsux"};
     for (int i = 1; i < 9; ++i) {
       if (kClasses[i].find(ch) != std::u16string::npos) return i;

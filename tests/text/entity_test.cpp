@@ -3,7 +3,7 @@
 #include "kest/text.h"
 #include "support/test_allocator.h"
 #include "support/text.h"
-#include "text/html_model.h"
+#include "text/html_checks.h"
 
 using KEST::TBstr;
 using kest_test::HtmlRow;
