@@ -77,7 +77,7 @@ class KEST_API TThread {
 };
 
 // A mutex. It is not recursive: a thread that locks it twice waits for ever. Results are POSIX
-// error numbers, 0 for success.
+// error numbers, 0 for success. An Init that fails leaves nothing to Term.
 class KEST_API TCritSec {
  public:
   int Init();

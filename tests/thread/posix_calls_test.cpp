@@ -12,6 +12,7 @@
 #include <limits>
 #include <vector>
 
+#include "kest/message.h"
 #include "kest/thread.h"
 #include "support/test_allocator.h"
 
@@ -30,7 +31,7 @@ struct System {
   int creates = 0, detaches = 0, joins = 0, cancels = 0, waits = 0, clockReads = 0;
   int createResult = 0, keyCreateResult = 0, setSpecificResult = 0;
   int mutexInitResult = 0, condInitResult = 0, waitResult = 0, timedWaitResult = ETIMEDOUT;
-  int selectResult = 0;
+  int mutexes = 0, clockResult = 0, selectResult = 0;
   bool defaultAttributes = true;
   void* (*startRoutine)(void*) = nullptr;
   timeval now = {}, sleep = {};
@@ -96,7 +97,13 @@ int pthread_setspecific(pthread_key_t key, const void* value) noexcept {
 int pthread_mutex_init(pthread_mutex_t* mutex, const pthread_mutexattr_t* attributes) noexcept {
   if (attributes != nullptr) s_system.defaultAttributes = false;
   if (s_system.mutexInitResult != 0) return s_system.mutexInitResult;
+  ++s_system.mutexes;
   return REAL(pthread_mutex_init)(mutex, attributes);
+}
+
+int pthread_mutex_destroy(pthread_mutex_t* mutex) noexcept {
+  --s_system.mutexes;
+  return REAL(pthread_mutex_destroy)(mutex);
 }
 
 int pthread_cond_init(pthread_cond_t*, const pthread_condattr_t* attributes) noexcept {
@@ -116,6 +123,7 @@ int pthread_cond_timedwait(pthread_cond_t*, pthread_mutex_t*, const timespec* de
 
 int gettimeofday(timeval* now, void*) noexcept {
   ++s_system.clockReads;
+  if (s_system.clockResult != 0) return s_system.clockResult;
   *now = s_system.now;
   return 0;
 }
@@ -388,6 +396,36 @@ TEST_F(PosixCalls, AMapThatCannotBeStoredIsDestroyed) {
   KEST::TlsThreadTerm();
   EXPECT_EQ(0, allocator.Live());
   KEST::TlsTerm();
+}
+
+using FormerBug = PosixCalls;
+
+// The mutex stayed initialised when the condition's own start failed, and nobody could end it.
+TEST_F(FormerBug, AConditionThatDoesNotStartKeptItsMutex) {
+  KEST::TCondVar condition;
+  s_system.condInitResult = EAGAIN;
+  EXPECT_EQ(EAGAIN, condition.Init());
+  EXPECT_EQ(0, s_system.mutexes);
+  EXPECT_EQ(nullptr, KEST::InternalCreateMessageQueue());
+  EXPECT_EQ(0, s_system.mutexes);
+}
+
+// What the stack below holds then is what a variable without a value gets.
+__attribute__((noinline)) void FillTheStack() {
+  volatile unsigned char bytes[4096];
+  for (volatile unsigned char& byte : bytes) byte = 0x55;
+}
+
+// A clock that cannot be read, as in a 32-bit process from 2038 on, left the deadline to chance: a
+// wait of a second might never end. It is in the past now, so the wait ends at once.
+TEST_F(FormerBug, AWaitWithoutAClockHadNoDeadline) {
+  KEST::TCondVar condition;
+  ASSERT_EQ(0, condition.Init());
+  s_system.clockResult = -1;
+  FillTheStack();
+  EXPECT_FALSE(condition.Wait(1500));
+  EXPECT_EQ(1, s_system.deadline.tv_sec);
+  EXPECT_EQ(500000000, s_system.deadline.tv_nsec);
 }
 
 }  // namespace

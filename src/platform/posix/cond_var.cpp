@@ -21,7 +21,7 @@ time_t AddSaturating(time_t seconds, int more) {
 
 // The wall clock time ms milliseconds from now.
 timespec Deadline(int ms) {
-  timeval now;
+  timeval now = {};  // without a clock the deadline is long past, and the wait ends at once
   gettimeofday(&now, nullptr);
   timespec deadline;
   deadline.tv_sec = AddSaturating(now.tv_sec, ms / 1000);
@@ -42,8 +42,11 @@ int TCondVar::Init() {
   KEST_SIZE_IS(TCondVar, 72, 88);
   KEST_FIELD_AT(TCondVar, mutex, 0, 0);
   KEST_FIELD_AT(TCondVar, condition, 24, 40);
-  const int failed = TCritSec::Init();
-  return failed != 0 ? failed : pthread_cond_init(&condition, nullptr);
+  const int mutexFailed = TCritSec::Init();
+  if (mutexFailed != 0) return mutexFailed;
+  const int conditionFailed = pthread_cond_init(&condition, nullptr);
+  if (conditionFailed != 0) TCritSec::Term();
+  return conditionFailed;
 }
 
 int TCondVar::Term() {
