@@ -8,25 +8,17 @@ page=docs/hostile_input.md
 status=0
 complain() { echo "$page: $1"; status=1; }
 
-exists() {
-  local suite case
-  case $1 in
-    build/*) [ -f "tests/$1_test.sh" ] ;;
-    *)
-      IFS=. read -r _ suite case <<<"$1"
-      grep -qEs "^TEST(_F|_P)?\($suite, $case\)" "tests/${1%%.*}.cpp"
-      ;;
-  esac
-}
-
-rows=$(grep '^|' "$page" | grep -vE '^\|(-+\||  *input )')
+existing=$(
+  grep -oE '^(TYPED_)?TEST(_F|_P)?\(\w+, \w+\)' tests/*/*_test.cpp |
+    sed -E 's/^tests.(.*)\.cpp:.*\((\w+), (\w+)\)/\1.\2.\3/'
+  ls tests/build/*_test.sh | sed -E 's/^tests.(.*)_test\.sh/\1/'
+)
+rows=$(grep '^|' "$page" | grep -vE '^\|(-+\|| input )')
 [ -n "$rows" ] || complain 'it has no rows'
-while IFS= read -r row; do
-  # The tests are the last column.
-  tests=$(sed 's/ *|$//; s/.*|//' <<<"$row" | grep -o '`[^`]*`' | tr -d '`')
-  [ -n "$tests" ] || complain "this row names no test: $row"
-  for test in $tests; do
-    exists "$test" || complain "there is no test $test"
-  done
-done <<<"$rows"
+
+# The tests are the last column.
+while read -r row; do complain "this row names no test: $row"; done < <(grep -vE '`[^|]*\|$' <<<"$rows")
+named=$(sed -E 's/ *\|$//; s/.*\|//' <<<"$rows" | grep -o '`[^`]*`' | tr -d '`')
+while read -r test; do complain "there is no test $test"; done < <(
+  comm -13 <(sort -u <<<"$existing") <(sort -u <<<"$named"))
 exit $status
