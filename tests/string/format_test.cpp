@@ -12,6 +12,11 @@
 #include "string/format_model.h"
 #include "support/wide_text.h"
 
+// The address sanitizer watches the stack of calls that have ended too: the text of one conversion
+// is written again by another.
+extern "C" const char* __asan_default_options();
+extern "C" const char* __asan_default_options() { return "detect_stack_use_after_return=1"; }
+
 namespace {
 
 using kest_test::GuardedUnits;
