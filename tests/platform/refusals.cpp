@@ -5,17 +5,20 @@
 
 #include <dlfcn.h>
 #include <errno.h>
+#include <fcntl.h>
 #include <glob.h>
 #include <link.h>
 #include <pthread.h>
 #include <semaphore.h>
 #include <stdio.h>
+#include <stdlib.h>
 #include <string.h>
 #include <sys/select.h>
 #include <sys/stat.h>
 #include <sys/time.h>
 #include <sys/utsname.h>
 #include <time.h>
+#include <unistd.h>
 #include <utime.h>
 
 #include <initializer_list>
@@ -90,15 +93,22 @@ namespace {
 
 kest_test::Refusals& s_refusals = kest_test_refusals;
 
-// Sanitizers that check the library call the system for themselves, and take no refusal.
-bool IsSanitizer(const void* caller) {
+// In a program that knows nothing of this library, what is created when a call has been refused, or
+// null.
+const char* s_trace = nullptr;
+
+// Sanitizers that check the library call the system for themselves, and take no refusal. In a
+// program that knows nothing of this, the library alone takes them.
+bool TakesRefusals(const void* caller) {
   Dl_info info;
-  return dladdr(caller, &info) != 0 && strstr(info.dli_fname, "libasan") != nullptr;
+  if (dladdr(caller, &info) == 0) return false;
+  const auto isIn = [&](const char* library) { return strstr(info.dli_fname, library) != nullptr; };
+  return s_trace != nullptr ? isIn("/libKest.so") : !isIn("/libasan.so");
 }
 
 // The way in which this call of function is to fail, or null. Sets errno.
 const Way* Refused(const char* function, const void* caller) {
-  if (!s_refusals.on || IsSanitizer(caller)) return nullptr;
+  if (!s_refusals.on || !TakesRefusals(caller)) return nullptr;
   const Way* refused = nullptr;
   const int aim = s_refusals.call;
   for (int i = 0; i < s_refusals.wayCount; ++i) {
@@ -109,8 +119,21 @@ const Way* Refused(const char* function, const void* caller) {
   }
   if (refused == nullptr) return nullptr;
   ++s_refusals.refused;
+  if (s_trace != nullptr) close(creat(s_trace, 0600));
   errno = refused->error;
   return refused;
+}
+
+// Refuses in any program: KEST_TEST_REFUSE is the way's index and the call, KEST_TEST_REFUSED a
+// file that tells afterwards whether there was such a call.
+__attribute__((constructor)) void AimByEnvironment() {
+  const char* const aim = getenv("KEST_TEST_REFUSE");
+  int way = 0, call = 0;
+  if (aim == nullptr || sscanf(aim, "%d %d", &way, &call) != 2) return;
+  s_trace = getenv("KEST_TEST_REFUSED");
+  s_refusals.way = way;
+  s_refusals.call = call;
+  s_refusals.on = s_trace != nullptr;
 }
 
 using Dlsym = void*(void*, const char*);
@@ -220,6 +243,10 @@ BEFORE(void, globfree, (glob_t * found)) {
 }
 
 REFUSABLE(char*, realpath, (const char* path, char* resolved), (path, resolved), nullptr)
+// What the compiler makes of realpath where it knows the buffer's size.
+BEFORE(char*, __realpath_chk, (const char* path, char* resolved, size_t size)) {
+  return REFUSED("realpath") != nullptr ? nullptr : TRUE(__realpath_chk)(path, resolved, size);
+}
 TAKES(kModules, void*, dlopen, (const char* path, int flags), (path, flags), nullptr)
 REFUSABLE(int, dlinfo, (void* module, int request, void* result), (module, request, result), -1)
 REFUSABLE(int, dladdr1, (const void* address, Dl_info* info, void** extra, int flags),
