@@ -1,6 +1,9 @@
 #!/usr/bin/env bash
 # Fuzzes the named targets of tests/fuzz, or all: KEST_FUZZ_SECONDS each (20), a core each.
 #
+# KEST_FUZZ_FLAGS are further options for libFuzzer: -use_value_profile=1 also looks for the limits in
+# comparisons, at half the speed.
+#
 # What is found stays below build/deep/fuzz: inputs that reach new code in corpus/TARGET, where the next
 # run begins; scripts/fuzz_corpus.sh takes them into the tree. An input that ends a target goes to
 # findings/, fails this run, and belongs into tests/fuzz/corpus/TARGET with its mend.
@@ -27,7 +30,8 @@ step 'build m32-fuzz' deep-fuzz-build cmake --build build/m32-fuzz --parallel "$
 # fuzz TARGET: a log that does not end with "Done" says what was found.
 fuzz() {
   mkdir -p "$work/corpus/$1"
-  "$programs/$1_fuzz" "$work/corpus/$1" "tests/fuzz/corpus/$1" -max_len="${longest[$1]}" -timeout=60 \
+  # shellcheck disable=SC2086  # one word an option
+  "$programs/$1_fuzz" "$work/corpus/$1" "tests/fuzz/corpus/$1" ${KEST_FUZZ_FLAGS-} -max_len="${longest[$1]}" -timeout=60 \
     -max_total_time="${KEST_FUZZ_SECONDS:-20}" -print_final_stats=1 -artifact_prefix="$work/findings/$1-" \
     >"$work/$1.log" 2>&1
 }
