@@ -434,6 +434,7 @@ TYPED_TEST(HashMap, NewAssocIsEmptyAndCounted) {
   EXPECT_EQ(4, map.GetCount());
   EXPECT_EQ(assocs[0], map.NewAssoc()) << "the last one freed";
   EXPECT_EQ(nullptr, assocs[0]->value);
+  EXPECT_EQ(nullptr, assocs[0]->next) << "not the next one that is free";
   EXPECT_EQ(assocs[2], map.NewAssoc());
   EXPECT_EQ(nullptr, assocs[2]->value);
   EXPECT_EQ(2, allocator.Requests());

@@ -346,6 +346,10 @@ TEST(PtrArray, AppendReturnsTheIndexOfTheFirst) {
   EXPECT_EQ((Elements{a, b, a, b}), Of(array));
   EXPECT_EQ(4, array.Append(none));
   EXPECT_EQ((Elements{a, b, a, b}), Of(array));
+  const int capacity = array.GetMaxSize();
+  array.RemoveAt(0, 4);
+  EXPECT_EQ(0, array.Append(none));
+  EXPECT_EQ(capacity, array.GetMaxSize()) << "nothing to append: the storage stays";
 }
 
 TEST(PtrArray, CopyTakesSizeAndElements) {

@@ -183,6 +183,18 @@ TEST(PtrFromBstrMap, RemoveAllFreesTheReachableKeysAlone) {
   KestFreeString(text);
 }
 
+TEST(PtrFromBstrMap, NewAssocForgetsTheBucketItWasIn) {
+  TPtrFromBstrMap map;
+  auto* kept = map.NewAssoc();
+  auto* assoc = map.NewAssoc();
+  assoc->bucket = 5;
+  map.FreeAssoc(assoc);
+  EXPECT_EQ(assoc, map.NewAssoc());
+  EXPECT_EQ(0u, assoc->bucket);
+  map.FreeAssoc(assoc);
+  map.FreeAssoc(kept);
+}
+
 TEST(PtrFromBstrMap, AKeyThatCannotBeCopiedIsNotAdded) {
   TestAllocator allocator;
   TPtrFromBstrMap map;

@@ -71,6 +71,7 @@ TEST(Encoding, TheNarrowestThatHoldsTheText) {
       {u"\u20AC"
        u"abc",
        u"utf-8"},
+      {u"\xFF\u0100", u"utf-8"},
       {u"\xE9\u20AC\xE9", u"utf-8"},
       {u"\uFFFF", u"utf-8"},
       {std::u16string(u"a\0\xE9", 3), u"iso-8859-1"},  // by count
