@@ -474,6 +474,19 @@ TEST(BigIntArithmetic, WithoutMemoryAResultKeepsItsValue) {
   }
 }
 
+// The product is made apart, and then there is no room for it in the operand.
+TEST(BigIntArithmetic, AProductInPlaceNeedsRoomTwice) {
+  TestAllocator allocator;
+  const TBigInt b = Big(std::string(100, '3'));
+  for (int request : {1, 2}) {
+    TBigInt r = 7;
+    allocator.Refuse(request, TestAllocator::kOnlyOne);
+    EXPECT_FALSE(TBigInt::Mul(r, r, b)) << request;
+    EXPECT_EQ("7", Shown(r));
+    EXPECT_TRUE(TBigInt::Mul(r, r, b));
+  }
+}
+
 // A plain model: digits of 16 bits, lowest first, as on paper.
 using Digits = std::vector<unsigned int>;
 

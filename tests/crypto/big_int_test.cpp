@@ -207,6 +207,8 @@ TEST(BigInt, AdjustBufferGrowsInStepsOfEightWords) {
     EXPECT_EQ(words == 0 ? 0 : 1, allocator.Requests());
     EXPECT_EQ(4u * static_cast<unsigned int>(capacity), allocator.LastSize());
     for (int i = 0; i < words; ++i) EXPECT_EQ(0u, value.GetWords()[i]);
+    EXPECT_TRUE(value.AdjustBuffer(capacity + 1, true));
+    EXPECT_EQ(1, allocator.Live()) << "the old words are freed";
   }
 }
 
@@ -241,6 +243,9 @@ TEST(BigInt, AdjustBufferWithinTheBufferMovesTheLengthAlone) {
   EXPECT_EQ("444444440000000000000000", Shown(value));
   EXPECT_TRUE(value.AdjustBuffer(0, false));
   EXPECT_EQ("0", Shown(value));
+  TBigInt single = 7;
+  EXPECT_TRUE(single.AdjustBuffer(1, false));
+  EXPECT_EQ(0u, single.GetWords()[0]) << "a single word is cleared too";
   EXPECT_EQ(buffer, value.GetWords());
   EXPECT_EQ(8, value.GetCapacity());
 }

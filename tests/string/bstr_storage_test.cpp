@@ -209,6 +209,9 @@ TEST(BstrStorage, AFailedAppendLeavesTheStringEmpty) {
   EXPECT_FALSE(s.InternalAppend(KEST_TEXT("ef"), 2));
   EXPECT_EQ(nullptr, *s.GetRawBstrPtr());
   EXPECT_EQ(0, allocator.Live());
+  s = KEST_TEXT("abcd");
+  allocator.Refuse(1, TestAllocator::kOnlyOne);
+  EXPECT_FALSE(s.InternalAppend(KEST_TEXT("efgh"), 4)) << "as many units as there are";
 }
 
 TEST(BstrStorage, AppendingPastTheLongestTextFails) {
