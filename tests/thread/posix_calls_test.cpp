@@ -31,7 +31,7 @@ struct System {
   int creates = 0, detaches = 0, joins = 0, cancels = 0, waits = 0, clockReads = 0;
   int createResult = 0, keyCreateResult = 0, setSpecificResult = 0;
   int mutexInitResult = 0, condInitResult = 0, waitResult = 0, timedWaitResult = ETIMEDOUT;
-  int mutexes = 0, clockResult = 0, selectResult = 0;
+  int mutexes = 0, mutexDestroyResult = 0, condDestroyResult = 0, clockResult = 0, selectResult = 0;
   bool defaultAttributes = true;
   void* (*startRoutine)(void*) = nullptr;
   timeval now = {}, sleep = {};
@@ -103,13 +103,16 @@ int pthread_mutex_init(pthread_mutex_t* mutex, const pthread_mutexattr_t* attrib
 
 int pthread_mutex_destroy(pthread_mutex_t* mutex) noexcept {
   --s_system.mutexes;
-  return REAL(pthread_mutex_destroy)(mutex);
+  const int result = REAL(pthread_mutex_destroy)(mutex);
+  return s_system.mutexDestroyResult != 0 ? s_system.mutexDestroyResult : result;
 }
 
 int pthread_cond_init(pthread_cond_t*, const pthread_condattr_t* attributes) noexcept {
   if (attributes != nullptr) s_system.defaultAttributes = false;
   return s_system.condInitResult;
 }
+
+int pthread_cond_destroy(pthread_cond_t*) noexcept { return s_system.condDestroyResult; }
 
 int pthread_cond_wait(pthread_cond_t*, pthread_mutex_t*) {
   ++s_system.waits;
@@ -295,6 +298,20 @@ TEST_F(PosixCalls, InitPassesTheSystemsResultOn) {
   s_system.mutexInitResult = EAGAIN;
   EXPECT_EQ(EAGAIN, lock.Init());
   EXPECT_EQ(EAGAIN, condition.Init());
+}
+
+TEST_F(PosixCalls, TermEndsBothAndGivesTheFirstFailure) {
+  struct {
+    int condition, mutex, result;
+  } constexpr kRows[] = {{0, 0, 0}, {EBUSY, 0, EBUSY}, {0, EINVAL, EINVAL}, {EBUSY, EINVAL, EBUSY}};
+  for (const auto& row : kRows) {
+    KEST::TCondVar condition;
+    EXPECT_EQ(0, condition.Init());
+    s_system.condDestroyResult = row.condition;
+    s_system.mutexDestroyResult = row.mutex;
+    EXPECT_EQ(row.result, condition.Term());
+    EXPECT_EQ(0, s_system.mutexes);
+  }
 }
 
 TEST_F(PosixCalls, TimedWaitBuildsTheDeadline) {
