@@ -1,6 +1,7 @@
 // Cancellation of threads, also while they are inside the library. The functions that are cancelled
 // have nothing to unwind: no destructors, no locks.
 
+#include <semaphore.h>
 #include <unistd.h>
 
 #include "kest/message.h"
@@ -19,7 +20,7 @@ using kest_test::TestAllocator;
 
 // Never reaches a cancellation point.
 int Spin(void* started) {
-  __atomic_store_n(static_cast<bool*>(started), true, __ATOMIC_RELEASE);
+  sem_post(static_cast<sem_t*>(started));
   for (volatile unsigned int i = 0;; i = i + 1) {
   }
 }
@@ -28,16 +29,13 @@ int Pause(void*) {
   for (;;) pause();
 }
 
-void WaitUntil(bool* flag) {
-  while (!__atomic_load_n(flag, __ATOMIC_ACQUIRE)) sched_yield();
-}
-
 TEST(Cancel, EndsAFunctionThatNeverStopsByItself) {
   KEST_SKIP_CANCEL_UNDER_TSAN();
-  bool started = false;
+  sem_t started;
+  ASSERT_EQ(0, sem_init(&started, 0, 0));
   TThread thread;
   ASSERT_TRUE(thread.Create(Spin, &started, false));
-  WaitUntil(&started);
+  ASSERT_EQ(0, sem_wait(&started));
   EXPECT_TRUE(thread.Cancel());
   int code = 5;
   EXPECT_TRUE(thread.WaitForExit(&code));
@@ -47,17 +45,18 @@ TEST(Cancel, EndsAFunctionThatNeverStopsByItself) {
 
 TEST(Cancel, AfterTheEndLeavesTheExitValue) {
   KEST_SKIP_CANCEL_UNDER_TSAN();
-  static bool ended;
+  sem_t ended;
+  ASSERT_EQ(0, sem_init(&ended, 0, 0));
   TThread thread;
   ASSERT_TRUE(thread.Create(
-      [](void*) {
-        int type;  // no cancel between the store and the end
+      [](void* ending) {
+        int type;  // no cancel between here and the end
         pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &type);
-        __atomic_store_n(&ended, true, __ATOMIC_RELEASE);
+        sem_post(static_cast<sem_t*>(ending));
         return 7;
       },
-      nullptr, false));
-  WaitUntil(&ended);
+      &ended, false));
+  ASSERT_EQ(0, sem_wait(&ended));
   thread.Cancel();
   int code = 5;
   EXPECT_TRUE(thread.WaitForExit(&code));
@@ -119,6 +118,7 @@ TEST(Cancel, ReachesAThreadThatTheLibraryBlocks) {
   EXPECT_TRUE(s_other->WaitForExit(&code)) << "the cancelled waits joined nothing";
   EXPECT_EQ(-1, code);
   KestDestroyThread(s_other, false);
+  EXPECT_EQ(0, s_lock.Unlock());
   EXPECT_TRUE(KestUnregisterMessageCallback(7));
 }
 
