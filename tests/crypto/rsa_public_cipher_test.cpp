@@ -346,6 +346,8 @@ TEST(RsaPublicCipher, ShorterInputIsTheSameNumber) {
   EXPECT_EQ("0", Processed(cipher, block, 63));
   EXPECT_EQ("0", Processed(cipher, block, 0));
   for (int length : {65, INT_MAX, -1, INT_MIN}) EXPECT_EQ("0", Processed(cipher, block, length));
+  EXPECT_EQ("0", Processed(cipher, Bytes{0} + block, 65))
+      << "longer, though the number is the same";
 }
 
 // The number in a block 00 01 ... has one byte less than the modulus. Dump writes it where its
