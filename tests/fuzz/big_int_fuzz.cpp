@@ -185,7 +185,7 @@ class Numbers {
       case 2:
         return AssignText(in);
       case 3:
-        return Assign(TBigInt(numbers[a]), Words(x));
+        return AssignNumber(in.Bool());
       case 4:
         return AssignPattern(in);
       case 5: {
@@ -253,6 +253,12 @@ class Numbers {
     if (steps > workLeft) return false;
     workLeft -= steps;
     return true;
+  }
+
+  // The number itself, which may be the one that it is assigned to, or a copy.
+  void AssignNumber(bool copied) {
+    if (copied) return Assign(TBigInt(numbers[a]), Words(models[a]));
+    Assign(numbers[a], Words(models[a]));
   }
 
   void AssignBytes(StepInput& in) {
