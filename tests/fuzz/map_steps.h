@@ -12,9 +12,9 @@
 
 namespace kest_fuzz {
 
-// TTraits has Map; Key, the model's; TakeKey(in); Hash(key); Given(key), as the map takes it; Out,
-// what iteration writes to, and IsKey(out, key, refused); kOwnsKeys, whether a key has memory of
-// its own.
+// TTraits has Map; Key, the model's; TakeKey(in); Hash(key); Argument, as the map takes a key, from
+// Given(key) or, the map's own, from Own(assoc); Out, what iteration writes to, and IsKey(out, key,
+// refused); kOwnsKeys, whether a key has memory of its own.
 template <typename TTraits>
 class MapSteps {
  public:
@@ -26,9 +26,10 @@ class MapSteps {
     const Key key = TTraits::TakeKey(in);
     void* const value = kest_test::Element(in.Byte());
     void** const place = Find(key);
+    typename TTraits::Argument argument = Given(key, step / 9 % 2 != 0);
     switch (step % 9) {
       case 0: {
-        const bool set = map.SetAt(TTraits::Given(key), value);
+        const bool set = map.SetAt(argument, value);
         FUZZ_CHECK(set || place == nullptr);
         if (place != nullptr) *place = value;
         if (place == nullptr) Inserted(key, value, set);
@@ -36,7 +37,7 @@ class MapSteps {
       }
       case 1: {
         const int before = map.GetCount();
-        void*& reference = map[TTraits::Given(key)];
+        void*& reference = map[argument];
         FUZZ_CHECK(reference == (place != nullptr ? *place : nullptr));
         if (place == nullptr) Inserted(key, value, map.GetCount() > before);
         if (place != nullptr) *place = value;
@@ -45,12 +46,12 @@ class MapSteps {
       }
       case 2: {
         void* found = nullptr;
-        FUZZ_CHECK(map.Lookup(TTraits::Given(key), found) == (place != nullptr));
+        FUZZ_CHECK(map.Lookup(argument, found) == (place != nullptr));
         FUZZ_CHECK(found == (place != nullptr ? *place : nullptr));
         break;
       }
       case 3:
-        FUZZ_CHECK(map.RemoveKey(TTraits::Given(key)) == (place != nullptr));
+        FUZZ_CHECK(map.RemoveKey(argument) == (place != nullptr));
         if (place != nullptr) Remove(key);
         break;
       case 4:
@@ -61,7 +62,7 @@ class MapSteps {
         break;
       case 5: {
         unsigned int bucket = ~0u;
-        const auto* assoc = map.GetAssocAt(TTraits::Given(key), bucket);
+        const auto* assoc = map.GetAssocAt(argument, bucket);
         FUZZ_CHECK(bucket == TTraits::Hash(key) % tableSize);
         FUZZ_CHECK((assoc != nullptr) == (place != nullptr));
         FUZZ_CHECK(assoc == nullptr || assoc->value == *place);
@@ -86,6 +87,13 @@ class MapSteps {
 
   static constexpr int kMostOfABlock = 100;          // larger blocks find no memory,
   static constexpr unsigned int kMostBuckets = 100;  // nor do more buckets
+
+  // The key, in the map's own memory if it is there and that is asked for.
+  typename TTraits::Argument Given(const Key& key, bool own) const {
+    unsigned int bucket;
+    const auto* assoc = own ? map.GetAssocAt(TTraits::Given(key), bucket) : nullptr;
+    return assoc != nullptr ? TTraits::Own(*assoc) : TTraits::Given(key);
+  }
 
   Entries& BucketOf(const Key& key) { return buckets[TTraits::Hash(key) % tableSize]; }
 

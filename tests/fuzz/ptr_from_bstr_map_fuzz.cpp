@@ -10,6 +10,7 @@ namespace {
 struct SBstrTraits {
   using Map = KEST::TPtrFromBstrMap;
   using Key = std::u16string;
+  using Argument = const unsigned short*;
   using Out = KEST::TBstr;
   static constexpr bool kOwnsKeys = true;
 
@@ -23,10 +24,11 @@ struct SBstrTraits {
     return hash;
   }
   // Null is the empty text.
-  static const unsigned short* Given(const Key& key) {
+  static Argument Given(const Key& key) {
     static kest_fuzz::Guarded<unsigned short, 4> room;
     return key.empty() ? nullptr : room.Copy(key.c_str(), key.size() + 1);
   }
+  static Argument Own(const Map::SAssoc& assoc) { return assoc.key.GetString(); }
   // A key that there is no memory to copy comes out empty.
   static bool IsKey(const Out& out, const Key& key, bool refused) {
     return kest_test::TextOf(out) == key || (refused && out.IsEmpty());

@@ -14,6 +14,7 @@ struct SGuidTraits {
       return memcmp(&guid, &other.guid, sizeof(guid)) == 0;
     }
   };
+  using Argument = const KEST::_GUID&;
   using Out = KEST::_GUID;
   static constexpr bool kOwnsKeys = false;
 
@@ -25,7 +26,8 @@ struct SGuidTraits {
     return {{first, 2, 3, {4, 5, 6, 7, 8, 9, 10, last}}};
   }
   static unsigned int Hash(const Key& key) { return key.guid.data1; }
-  static const KEST::_GUID& Given(const Key& key) { return key.guid; }
+  static Argument Given(const Key& key) { return key.guid; }
+  static Argument Own(const Map::SAssoc& assoc) { return assoc.key; }
   static bool IsKey(const Out& out, const Key& key, bool) { return Key{out} == key; }
 };
 

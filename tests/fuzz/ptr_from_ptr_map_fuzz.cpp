@@ -7,6 +7,7 @@ namespace {
 struct SPtrTraits {
   using Map = KEST::TPtrFromPtrMap;
   using Key = void*;
+  using Argument = void*;
   using Out = void*;
   static constexpr bool kOwnsKeys = false;
 
@@ -18,7 +19,8 @@ struct SPtrTraits {
   static unsigned int Hash(Key key) {
     return static_cast<unsigned int>(reinterpret_cast<uintptr_t>(key));
   }
-  static void* Given(Key key) { return key; }
+  static Argument Given(Key key) { return key; }
+  static Argument Own(const Map::SAssoc& assoc) { return assoc.key; }
   static bool IsKey(Out out, Key key, bool) { return out == key; }
 };
 

@@ -59,10 +59,11 @@ class StepInput : public Input {
 };
 
 // The allocator hooks for its lifetime, one at a time. Large requests are always refused, so that
-// hostile sizes cost nothing and mean the same on every machine.
+// hostile sizes cost nothing and mean the same on every machine; so are endless ones.
 class Memory {
  public:
   static constexpr unsigned int kLargest = 1 << 16;
+  static constexpr int kMostBlocks = 1 << 12;
 
   Memory() {
     s_live = s_refusals = s_earlierRefusals = 0;
@@ -99,7 +100,7 @@ class Memory {
     const bool due = s_mode != kGrant && s_grants == 0;
     if (s_mode != kGrant && !due) --s_grants;
     if (due && s_mode == kRefuseOne) s_mode = kGrant;
-    if (!due && size <= kLargest) return true;
+    if (!due && size <= kLargest && s_live < kMostBlocks) return true;
     ++s_refusals;
     return false;
   }
