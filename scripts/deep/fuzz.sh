@@ -59,5 +59,6 @@ for target in "${targets[@]}"; do
   echo "finding in $target, see $work/$target.log:"
   grep -E 'ERROR|SUMMARY|does not hold|runtime error|Test unit written' "$work/$target.log" | sed 's/^/  | /'
 done
-figure findings $findings
+# Those of runs before count until they are taken away.
+figure 'findings open' "$(find "$work/findings" -type f ! -name '*-slow-unit-*' | wc -l)"
 [ $findings -eq 0 ]
