@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# platform [BUILD...]: refuses calls of the system, in the scenarios of tests/platform and each in turn to examples/census
+# Refuses calls of the system, in the scenarios of tests/platform and each in turn to examples/census; arguments name builds
 #
 # The census is a host with files, directories, modules, threads and messages. Whatever is refused,
 # it ends by itself with a status that it documents (0, 1 or 3), and m32-asan finds nothing lost.
