@@ -5,6 +5,7 @@
 
 #include <dlfcn.h>
 #include <errno.h>
+#include <execinfo.h>
 #include <fcntl.h>
 #include <glob.h>
 #include <link.h>
@@ -60,6 +61,7 @@ constexpr Way kWays[] = {
     {"dlclose", "", 0},
     {"pthread_create", "", EAGAIN},
     {"pthread_join", "", EDEADLK},
+    {"backtrace", "", 0},
     {"pthread_cancel", "", ESRCH},
     {"pthread_key_create", "", EAGAIN},
     {"pthread_setspecific", "", ENOMEM},
@@ -278,6 +280,7 @@ BEFORE(int, pthread_join, (pthread_t thread, void** value)) {
   --s_refusals.held[kest_test::kThreads];
   return TRUE(pthread_join)(thread, value);
 }
+REFUSABLE(int, backtrace, (void** frames, int count), (frames, count), 0)
 REFUSABLE(int, pthread_cancel, (pthread_t thread), (thread), way->error)
 
 TAKES(kKeys, int, pthread_key_create, (pthread_key_t * key, void (*destructor)(void*)),

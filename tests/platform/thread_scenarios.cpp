@@ -276,7 +276,10 @@ std::vector<Scenario> ThreadScenarios() {
       {"DestroyThreadObject", DestroyThreadObject, "", {{"pthread_join", ""}}},
       {"DetachThread", DetachThread, "1", {{"sem_wait", "2"}}},
       {"JoinThread", JoinThread, "true", {{"pthread_join", "false"}}},
-      {"CancelThread", CancelThread, "true", {{"pthread_cancel", "false"}, {"sem_wait", "true"}}},
+      {"CancelThread",
+       CancelThread,
+       "true",
+       {{"backtrace", "false"}, {"pthread_cancel", "false"}, {"sem_wait", "true"}}},
       {"Sleep", Sleep, "0", {{"select", "-1"}}},
 
       {"InitLock", InitLock<TCritSec>, "0", {{"pthread_mutex_init", Say(ENOMEM)}}},

@@ -2,6 +2,9 @@
 // have nothing to unwind: no destructors, no locks.
 
 #include <semaphore.h>
+#include <stdlib.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include "kest/message.h"
@@ -168,6 +171,38 @@ TEST(Cancel, TwiceIsAsGoodAsOnce) {
     EXPECT_TRUE(thread.WaitForExit(&code));
     EXPECT_EQ(-1, code);
   }
+}
+
+// The C library loads its unwinder when a thread is cancelled first, and ended the process when
+// there was no memory for that. A process of its own runs out of memory here.
+TEST(FormerBug, TheFirstCancelWithoutMemoryEndedTheProcess) {
+  KEST_SKIP_CANCEL_UNDER_TSAN();
+#if defined(__SANITIZE_ADDRESS__)
+  GTEST_SKIP() << "address sanitizer ends a process without memory itself";
+#endif
+  const pid_t child = fork();
+  ASSERT_NE(-1, child);
+  if (child == 0) {
+    TThread thread;
+    if (!thread.Create(Pause, nullptr, false)) _exit(1);
+    rlimit space;
+    getrlimit(RLIMIT_AS, &space);
+    const rlimit none = {0, space.rlim_max};
+    setrlimit(RLIMIT_AS, &none);
+    void* volatile kept = nullptr;
+    for (size_t size = 1 << 20; size >= sizeof(void*); size /= 2) {
+      do kept = malloc(size);
+      while (kept != nullptr);
+    }
+    const bool cancelled = thread.Cancel();
+    setrlimit(RLIMIT_AS, &space);
+    if (!cancelled && !thread.Cancel()) _exit(2);
+    int code = 5;
+    _exit(thread.WaitForExit(&code) && code == -1 ? 0 : 3);
+  }
+  int status = -1;
+  ASSERT_EQ(child, waitpid(child, &status, 0));
+  EXPECT_EQ(0, status);
 }
 
 }  // namespace

@@ -149,6 +149,7 @@ using KEST::TThread;
 class PosixCalls : public testing::Test {
  protected:
   void SetUp() override { s_system = System(); }
+  void TearDown() override { s_system = System(); }  // the test framework calls the system too
 };
 
 int Seven(void*) { return 7; }

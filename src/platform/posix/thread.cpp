@@ -1,6 +1,7 @@
 // POSIX side of TThread: a handle is an SThreadRecord. TThread has already refused null handles and
 // gives an exit code to fill in.
 
+#include <execinfo.h>
 #include <pthread.h>
 #include <semaphore.h>
 #include <stdint.h>
@@ -45,6 +46,13 @@ void PassGate(SThreadRecord* record) {
   sem_post(&record->taken);
 }
 
+// Whether the C library has its unwinder. It loads that when it is asked to cancel a thread first,
+// and ends the process when it cannot; asked for a frame, it loads it too and gives none instead.
+bool HasUnwinder() {
+  void* frame;
+  return backtrace(&frame, 1) > 0;
+}
+
 }  // namespace
 
 namespace KEST {
@@ -79,7 +87,7 @@ bool TThread::ThreadCancel(void* handle) {
   SThreadRecord* const record = ToRecord(handle);
   if (record->joined) return false;  // the id may belong to another thread by now
   PassGate(record);
-  return pthread_cancel(record->thread) == 0;
+  return HasUnwinder() && pthread_cancel(record->thread) == 0;
 }
 
 bool TThread::ThreadWaitForExit(void* handle, int* exitCode) {
