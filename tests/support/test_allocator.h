@@ -4,6 +4,7 @@
 #define KEST_TESTS_SUPPORT_TEST_ALLOCATOR_H
 
 #include <gtest/gtest.h>
+#include <limits.h>
 #include <stdlib.h>
 
 #include <atomic>
@@ -32,7 +33,10 @@ class TestAllocator {
   KEST::SAllocator Hooks() const { return {Alloc, Realloc, Free}; }
 
   // Counts start again at 0 and nothing is refused.
-  void Reset() { s_requests = s_live = s_lastSize = s_refuseAt = s_refused = 0; }
+  void Reset() {
+    s_requests = s_live = s_lastSize = s_refuseAt = s_refused = 0;
+    s_largest = UINT_MAX;
+  }
 
   // Refuses the n-th request from now on (1 is the next): only that one, or it and all later ones.
   void Refuse(int n, Mode mode) {
@@ -40,6 +44,8 @@ class TestAllocator {
     s_mode = mode;
   }
   void RefuseNone() { s_refuseAt = 0; }
+  // Refuses every request for more bytes than this.
+  void RefuseAbove(unsigned int size) { s_largest = size; }
 
   // Calls of alloc and realloc, refused ones included.
   int Requests() const { return s_requests; }
@@ -54,7 +60,8 @@ class TestAllocator {
     const int n = ++s_requests;
     s_lastSize = static_cast<int>(size);
     const int at = s_refuseAt;
-    if (at == 0 || (s_mode == kOnlyOne ? n != at : n < at)) return true;
+    const bool refuse = at != 0 && (s_mode == kOnlyOne ? n == at : n >= at);
+    if (!refuse && size <= s_largest) return true;
     ++s_refused;
     return false;
   }
@@ -74,6 +81,7 @@ class TestAllocator {
   }
 
   static inline std::atomic<int> s_requests, s_live, s_lastSize, s_refuseAt, s_refused;
+  static inline std::atomic<unsigned int> s_largest;
   static inline std::atomic<Mode> s_mode;
 };
 
