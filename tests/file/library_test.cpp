@@ -29,6 +29,8 @@ void ExpectUnloaded(const TLibrary& library) {
   EXPECT_FALSE(library.IsLoaded());
   EXPECT_TRUE(library.GetFileSpec().IsEmpty());
   EXPECT_EQ(nullptr, library.GetProcAddress("ModuleName"));
+  EXPECT_EQ(nullptr, library.GetProcAddress("malloc"))
+      << "the process has it, and no library is loaded";
 }
 
 class Library : public testing::Test {
