@@ -74,7 +74,7 @@ check() {
   rm -f "$log"-*
   while read -r argument; do
     number=$((number + 1))
-    timeout 900 valgrind --tool="$tool" "$option" --error-exitcode=99 --soname-synonyms=somalloc=nouserintercepts \
+    timeout 1800 valgrind --tool="$tool" "$option" --error-exitcode=99 --soname-synonyms=somalloc=nouserintercepts \
       --log-file="$log-$number.log" \
       "$libraries/ld-linux.so.2" --library-path "$libraries:$work/root/usr/lib/i386-linux-gnu" \
       "$tests/$2" "$argument" >"$log-$number.out" 2>&1 </dev/null || wrong="$wrong $log-$number.log"
