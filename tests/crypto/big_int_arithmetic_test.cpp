@@ -6,6 +6,7 @@
 #include <functional>
 
 #include "crypto/big_int_checks.h"
+#include "crypto/memory_meter.h"
 #include "support/test_allocator.h"
 
 namespace {
@@ -425,6 +426,23 @@ TEST(BigIntArithmetic, BuffersNeverShrink) {
     self = 1000;
     EXPECT_TRUE(operation.run(self, y, self, 10, 7)) << operation.name;
     EXPECT_EQ(64, self.GetCapacity()) << operation.name;
+  }
+}
+
+// ExpMod needs the most: sixteen powers, what one multiplication works on, and the result.
+TEST(BigIntArithmetic, MemoryIsASmallMultipleOfTheOperands) {
+  for (const size_t bits : {1024u, 4096u}) {
+    const MemoryMeter meter;
+    const TBigInt a = Big(std::string(bits / 4, 'D')), b = Big(std::string(bits / 4, '9'));
+    const TBigInt odd = b, even = Big(std::string(bits / 4, 'E'));
+    const size_t operands = meter.Most();
+    for (const Operation& operation : kOperations) {
+      for (const TBigInt* modulus : {&odd, &even}) {
+        TBigInt x, y;
+        ASSERT_TRUE(operation.run(x, y, a, b, *modulus));
+        EXPECT_LE(meter.Most(), operands + 21 * bits / 8) << operation.name << ' ' << bits;
+      }
+    }
   }
 }
 

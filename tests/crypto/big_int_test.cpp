@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "crypto/big_int_checks.h"
+#include "crypto/memory_meter.h"
 #include "crypto/wipe_checks.h"
 #include "support/hex.h"
 #include "support/test_allocator.h"
@@ -140,6 +141,15 @@ TEST(BigInt, LongTextTakesNoTimeToSpeakOf) {
   const TBigInt value = Big(text);
   EXPECT_EQ(125000, value.GetLength());
   EXPECT_EQ(std::u16string(text.begin(), text.end()), TextOf(value.ToString()));
+}
+
+TEST(BigInt, LongTextTakesNoMoreMemoryThanItsValueAndItself) {
+  const std::string text(1000000, 'A');
+  const MemoryMeter meter;
+  const TBigInt value = Big(text);
+  EXPECT_LE(meter.Most(), 500000u + 64u);
+  EXPECT_EQ(1000000, value.ToString().GetLength());
+  EXPECT_LE(meter.Most(), 500000u + 2000000u + 64u);
 }
 
 TEST(BigInt, ACopyHasABufferOfItsOwn) {

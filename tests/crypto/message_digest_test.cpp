@@ -148,25 +148,27 @@ class TCounter : public TProbe {
   unsigned int count = 0;
 };
 
-// 2^29 bytes are 2^32 bits. Columns: bytes in one call, low and high word after it.
+// 2^29 bytes are 2^32 bits. Columns: bytes that wait in the buffer, bytes in one call, low and high
+// word after it. An index into the last piece passes INT_MAX when a block is added to it.
 TEST(MessageDigest, CountsTheBitsOfHugePieces) {
   const struct {
-    int length;
+    int waiting, length;
     unsigned int low, high;
   } rows[] = {
-      {0x1fffffff, 0xfffffff8, 0},
-      {0x20000000, 0, 1},
-      {0x60000003, 0x18, 3},
-      {0x7fffffff, 0xfffffff8, 3},
+      {0, 0x1fffffff, 0xfffffff8, 0}, {0, 0x20000000, 0, 1}, {0, 0x60000003, 0x18, 3},
+      {0, 0x7fffffff, 0xfffffff8, 3}, {1, 0x7fffffff, 0, 4},
   };
   for (const auto& row : rows) {
     const size_t size = static_cast<size_t>(row.length);
     void* data = mmap(nullptr, size, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
     if (data == MAP_FAILED) continue;  // no such stretch of addresses in a 32-bit process
     TCounter counter;
+    counter.Update(static_cast<const unsigned char*>(data), row.waiting);
     counter.Update(static_cast<const unsigned char*>(data), row.length);
     EXPECT_EQ((Words{row.low, row.high}), counter.BitCount()) << row.length;
-    EXPECT_EQ(static_cast<unsigned int>(row.length) / 64, counter.count);
+    const unsigned int bytes =
+        static_cast<unsigned int>(row.waiting) + static_cast<unsigned int>(row.length);
+    EXPECT_EQ(bytes / 64, counter.count);
     munmap(data, size);
   }
 }
