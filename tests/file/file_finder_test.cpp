@@ -390,6 +390,20 @@ TEST(FileFinder, VisitsDeepTrees) {
   EXPECT_EQ(tree.Path(path + "/end"), found.back());
 }
 
+// A directory whose name is a pattern is entered as that pattern, and so gives again what lies in
+// others. A link that leads back ends where the system follows no more of them.
+TEST(FileFinder, EndsInTreesWhoseNamesArePatterns) {
+  const TempTree nested;
+  for (const std::string outer : {"*", "?", "[", "\\"}) {
+    for (const char* inner : {"/*", "/?", "/[", "/\\"}) nested.MakeFolder(outer + inner);
+  }
+  EXPECT_LE(20u, FindAll(nested.Path("*"), true).size());
+  const TempTree looped;
+  looped.MakeFolder("*");
+  looped.MakeLink("back", ".");
+  EXPECT_LE(40u, FindAll(looped.Path("*"), true).size());
+}
+
 // The C library's matcher would run out of stack.
 TEST(FileFinder, MoreThan256PartsBehindAWildcardMatchNothing) {
   const TempTree tree;

@@ -29,6 +29,22 @@ TEST(Sync, CountersAddAndSubtractOne) {
   }
 }
 
+// Callers serialise their calls. Those that do not lose counts, and thread sanitizer sees no race.
+TEST(Sync, CallersWithoutALockLoseCountsAtMost) {
+  int value = 0;
+  const auto count = [](void* counter) {
+    for (int i = 0; i < 1000; ++i) KestAtomicIncrement(static_cast<int*>(counter));
+    return 0;
+  };
+  KEST::TThread first, second;
+  ASSERT_TRUE(first.Create(count, &value, false));
+  ASSERT_TRUE(second.Create(count, &value, false));
+  EXPECT_TRUE(first.WaitForExit(nullptr));
+  EXPECT_TRUE(second.WaitForExit(nullptr));
+  EXPECT_LT(0, value);
+  EXPECT_GE(2000, value);
+}
+
 TEST(Sync, StartAndStopHaveNothingToDo) {
   kest_test::TestAllocator allocator;
   EXPECT_TRUE(KEST::SyncInit());

@@ -271,6 +271,16 @@ TEST(Time, NullResultIsIgnored) {
   EXPECT_EQ(1278000000, time.time);
 }
 
+// Which another thread may be about to read.
+TEST(Time, LeavesTheCLibrarysOwnResultAlone) {
+  SetZone(kUtc);
+  const time_t other = 86400;
+  const tm* const shared = gmtime(&other);
+  EXPECT_EQ("2010-07-01 16:00:00", Gmt(At(1278000000)));
+  EXPECT_EQ("2010-07-01 16:00:00", Local(At(1278000000)));
+  EXPECT_EQ("1970-01-02 00:00:00", ToText(*shared));
+}
+
 TEST(Time, ConvertsTheEndsOf32Bits) {
   SetZone(kUtc);
   EXPECT_EQ("1901-12-13 20:45:52", Gmt(At(INT_MIN)));
