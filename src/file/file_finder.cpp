@@ -37,6 +37,16 @@ void PopSearch(TPtrArray& handles) {
   handles.RemoveAt(top);
 }
 
+// Whether a directory of this name can be searched. As a pattern, a backslash at the end would
+// escape the separator behind it and find the directory that the name lies in, for ever.
+bool CanBeEntered(const TBstr& name) {
+  const unsigned short* text = name.GetString();
+  int start = name.GetLength();
+  while (start > 0 && text[start - 1] == '\\') --start;
+  return (name.GetLength() - start) % 2 == 0 && name != TFileFinder::kCurrentDirectory &&
+         name != TFileFinder::kParentDirectory;
+}
+
 // The length of directory without its last part and the separators behind that.
 int ParentLength(const TBstr& directory) {
   const unsigned short* text = directory.GetString();
@@ -92,8 +102,7 @@ bool TFileFinder::Find(const unsigned short* spec, bool descend) {
 bool TFileFinder::FindNext(bool skipSubdirectory) {
   if (handles.IsEmpty()) return false;
   // An empty pattern would find the directory itself in the directory, for ever.
-  if (recursive && !skipSubdirectory && !pattern.IsEmpty() && isDirectory &&
-      name != kCurrentDirectory && name != kParentDirectory) {
+  if (recursive && !skipSubdirectory && !pattern.IsEmpty() && isDirectory && CanBeEntered(name)) {
     TBstr entered = GetFileSpec();
     const TBstr search = TFile::AppendFileNameToSpec(entered, pattern);
     if (entered.IsEmpty() || search.IsEmpty()) return false;

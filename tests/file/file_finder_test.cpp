@@ -536,4 +536,17 @@ TEST(FormerBug, AHugePatternPassedUncheckedWhenMemoryCameBack) {
   });
 }
 
+// A directory whose name was a backslash was searched as the directory it lies in, because the
+// backslash escaped the separator, and so was entered again and again until the path was too long.
+TEST(FormerBug, ANameThatEndsInABackslashWasEnteredForEver) {
+  const TempTree tree;
+  tree.MakeFolder("a\\\\");  // two of them are a plain one
+  for (const char* name : {"\\", "a\\"}) {
+    tree.MakeFolder(name);
+    tree.MakeFile(std::string(name) + "/file");
+  }
+  EXPECT_EQ((Names{tree.Path("\\"), tree.Path("a\\"), tree.Path("a\\\\"), tree.Path("a\\\\/file")}),
+            Sorted(FindAll(tree.Path("*"), true)));
+}
+
 }  // namespace
