@@ -196,6 +196,26 @@ TEST_F(MessageQueue, SettingTheCallbackDoesNotTakeTheLock) {
   EXPECT_EQ(1, available.calls);
 }
 
+// Thread sanitizer sees no race.
+TEST_F(MessageQueue, TheCallbackMayBeSetWhileAnotherThreadPosts) {
+  KEST::TThread poster;
+  const auto postAndGet = [](void* target) {
+    unsigned int id;
+    void *param1, *param2;
+    for (int i = 0; i < 1000; ++i) {
+      KEST::InternalPostMessage(target, 1, nullptr, nullptr);
+      KEST::InternalGetMessage(target, id, param1, param2, false);
+    }
+    return 0;
+  };
+  ASSERT_TRUE(poster.Create(postAndGet, queue, false));
+  void (*const callbacks[])(void*) = {[](void*) {}, nullptr};
+  for (int i = 0; i < 1000; ++i) {
+    KEST::InternalSetMessageAvailableCallback(queue, callbacks[i % 2], nullptr);
+  }
+  EXPECT_TRUE(poster.WaitForExit(nullptr));
+}
+
 TEST_F(MessageQueue, ANewCallbackIsNotToldOfMessagesThatWait) {
   EXPECT_TRUE(Post(1));
   Available available(queue);
