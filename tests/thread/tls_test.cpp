@@ -107,6 +107,13 @@ TEST(TlsKey, ASecondStartKeepsTheKeyAndTheData) {
   EXPECT_EQ(kNoKey, KEST::s_tlsKey);
 }
 
+TEST(TlsKey, EachStopGivesItBack) {
+  for (int i = 0; i <= PTHREAD_KEYS_MAX; ++i) {
+    ASSERT_TRUE(KEST::TlsInit()) << i;
+    KEST::TlsTerm();
+  }
+}
+
 TEST(TlsKey, HoldsAValueAThread) {
   ASSERT_TRUE(KEST::InternalTlsInit());
   EXPECT_EQ(nullptr, KEST::InternalTlsGetValue());
