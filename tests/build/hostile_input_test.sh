@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
-# hostile_input_test.sh: each row of docs/hostile_input.md names at least one test, and every test
+# hostile_input_test.sh: each row of docs/hostile-input.md names at least one test, and every test
 # that it names exists: FOLDER/FILE.SUITE.CASE in tests/FOLDER/FILE.cpp, build/NAME as the script
 # tests/build/NAME_test.sh.
 
 cd "$(dirname "${BASH_SOURCE[0]}")/../.." || exit 1
-page=docs/hostile_input.md
+page=docs/hostile-input.md
 status=0
 complain() { echo "$page: $1"; status=1; }
 
