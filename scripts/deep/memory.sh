@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
-# every 32-bit test with each of its requests for memory refused, then over watching allocators ([REGEX] picks tests)
+# Every 32-bit test with each of its requests for memory refused, then over watching allocators ([REGEX] picks tests)
 #
 #   ./check --deep memory string/     a part; tests are named FOLDER/PROGRAM.Suite.Case, as ctest has them
-#   CAP=40 FOR=20 ...                 each request up to this one is refused, then every eighth of the way on; a test
-#                                     gets so many seconds for that, then it counts as cut
+#   CAP=40 FOR=20 ...                 each request up to this one (10) is refused, then every eighth of the way on; a
+#                                     test gets so many seconds (1) for that, then it counts as cut
 #   PARTS=refuse|hooks ...            one of the two halves alone
 #
 # Refused requests make checks of the tests fail, and tests that expect no null crash in code of their own. Neither is a
@@ -16,7 +16,7 @@
 need g++ g++-multilib cmake ninja-build googletest
 
 pattern=${1:-.}
-export CAP=${CAP:-40} FOR=${FOR:-20}
+export CAP=${CAP:-10} FOR=${FOR:-1}
 parts=${PARTS:-refuse hooks}
 known=$root/scripts/deep/memory.known
 work=$deep/memory

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# threads [PART [TIMES]]: floods of messages, cancels, lives of threads, start/stop cycles, hand-overs; all parts, or one, repeated TIMES times
+# [PART [TIMES]]: floods of messages, cancels, lives of threads, start/stop cycles, hand-overs; all parts, or one, repeated TIMES times
 
 . "$(dirname "${BASH_SOURCE[0]}")/../deep.sh"
 

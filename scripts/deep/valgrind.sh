@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# valgrind [REGEX]: memcheck and helgrind over the 32-bit tests, or the programs whose names match REGEX; any report is a failure
+# [REGEX]: memcheck and helgrind over the 32-bit tests, or the programs whose names match REGEX; any report is a failure
 
 . "$(dirname "${BASH_SOURCE[0]}")/../deep.sh"
 
