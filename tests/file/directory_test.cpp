@@ -155,6 +155,16 @@ TEST(Directory, CreatePathIsRelativeToTheWorkingDirectory) {
   EXPECT_TRUE(tree.Exists("c"));
 }
 
+// A name without a separator has no parent to try instead.
+TEST(Directory, CreatePathOfANameThatFailsMakesNothing) {
+  const TempTree tree;
+  const std::filesystem::path before = std::filesystem::current_path();
+  std::filesystem::current_path(tree.Path());
+  EXPECT_FALSE(TFile::CreatePath(std::string(256, 'x').c_str()));
+  EXPECT_TRUE(std::filesystem::is_empty("."));
+  std::filesystem::current_path(before);
+}
+
 std::set<std::string> Everything(const std::string& root) {
   std::set<std::string> names;
   for (const auto& entry : std::filesystem::recursive_directory_iterator(root)) {
