@@ -6,6 +6,7 @@
 
 #include <functional>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "support/test_allocator.h"
@@ -61,6 +62,25 @@ class Attempts {
   int requests = 0;
   bool refused = false;
 };
+
+// For a row's run: an operation on a string that holds before. Says its result, if it has one, and
+// the string.
+template <typename Operation>
+auto OnString(const unsigned short* before, Operation operation) {
+  return [before, operation](Attempts& attempts) {
+    KEST::TBstr text;
+    attempts([&] { text.Assign(before); },
+             [&] {
+               if constexpr (std::is_void_v<decltype(operation(text))>) {
+                 operation(text);
+                 return Said(text);
+               } else {
+                 const auto result = operation(text);
+                 return Said(result, text);
+               }
+             });
+  };
+}
 
 // One operation. The first symbol names it, as it stands in the list of exports but readable; the
 // others are what it goes through. "inline ..." is what the headers define and nothing exports.

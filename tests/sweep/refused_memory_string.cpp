@@ -13,19 +13,7 @@ namespace {
 // An operation on the string "a b".
 template <typename Operation>
 auto OnText(Operation operation) {
-  return [operation](Attempts& attempts) {
-    TBstr text;
-    attempts([&] { text.Assign(KEST_TEXT("a b")); },
-             [&] {
-               if constexpr (std::is_void_v<decltype(operation(text))>) {
-                 operation(text);
-                 return Said(text);
-               } else {
-                 const auto result = operation(text);
-                 return Said(result, text);
-               }
-             });
-  };
+  return OnString(KEST_TEXT("a b"), operation);
 }
 
 // A string made from args.

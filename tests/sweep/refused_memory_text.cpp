@@ -13,19 +13,7 @@ namespace {
 // An operation that writes to a string, which holds "earlier" before.
 template <typename Operation>
 auto WritesTo(Operation operation) {
-  return [operation](Attempts& attempts) {
-    TBstr text;
-    attempts([&] { text.Assign(KEST_TEXT("earlier")); },
-             [&] {
-               if constexpr (std::is_void_v<decltype(operation(text))>) {
-                 operation(text);
-                 return Said(text);
-               } else {
-                 const auto result = operation(text);
-                 return Said(result, text);
-               }
-             });
-  };
+  return OnString(KEST_TEXT("earlier"), operation);
 }
 
 // Too long for the buffers on the stack.
