@@ -19,6 +19,7 @@ any       platform/refusal_test           *  Starts itself again to preload a li
 memcheck  crypto/des_cipher_test          *OnTheStack:*AStackThatHolds*  Reads on purpose what a call has left on the stack.
 memcheck  crypto/rc2_cipher_test          *OnTheStack  The same.
 memcheck  crypto/rsa_public_cipher_test   *OnTheStack  The same.
+any       sweep/sweep_hooks_preload_test  *  Tests hooks that are preloaded, and here they are not.
 any       thread/cancel_test              FormerBug.*  Runs out of memory in a process of its own, and Valgrind with it.
 helgrind  thread/cond_var_test            *.WaitEndsWithAnotherThreadsSignal  Signals without the lock on purpose, which Helgrind calls dubious.
 helgrind  thread/system_info_test         *.FirstCallsMayComeFromSeveralThreads  Published by atomic accesses, which Helgrind does not follow; thread sanitizer does.

@@ -188,8 +188,8 @@ TEST_F(FileFinderInATree, SkippedDirectoriesAreNotEntered) {
     Names expected = Visible();
     expected.erase(std::remove_if(expected.begin(), expected.end(),
                                   [&](const std::string& path) {
-                                    return path.find("/" + std::string(skipped) + "/") !=
-                                           std::string::npos;
+                                    return path.find("/" + std::string(skipped) + "/",
+                                                     tree.Path().size()) != std::string::npos;
                                   }),
                    expected.end());
     Names found;
