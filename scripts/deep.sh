@@ -13,7 +13,7 @@ mkdir -p "$deep"
 
 # A change in the tree that is not committed is part of what was measured: say so.
 commit=$(git rev-parse --short HEAD 2>/dev/null || echo unknown)
-[ -z "$(git status --porcelain 2>/dev/null)" ] || commit=$commit+
+[ -z "$(git status --porcelain --untracked-files=no 2>/dev/null)" ] || commit=$commit+
 
 # figure NAME VALUE [sum|last]: one line of the ledger. A sum adds up over runs (executions, messages),
 # anything else stands for the last run alone.
