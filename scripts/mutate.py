@@ -176,7 +176,7 @@ class Build:
             sys.exit(f'{self.preset}: the sources do not compile')
         library = os.path.join(WORK, self.preset)
         run([*self.link, '-o', os.path.join(library, 'libKest.so.1'), *self.objects.values()], 120)
-        self.library = library
+        self.built = library
 
     def programs(self, source, users):
         """The test programs of a file: those of its name, of its name's first word, of its folder, and of
@@ -197,13 +197,13 @@ class Build:
         """Seconds that the program takes with the unchanged library; also says how it has to be run."""
         if program not in self.baseline:
             begin, usual = time.time(), [[]]
-            if not self.passes(program, usual, self.library, 60):
+            if not self.passes(program, usual, self.built, 60):
                 names, group = run([program, '--gtest_list_tests'], 60, keep=True)[1].split('\n'), ''
                 usual = []
                 for name in names:
                     group = group if name.startswith(' ') else name.split()[0] if name else ''
                     usual += [['--gtest_filter=' + group + name.split()[0]]] if name.startswith(' ') else []
-                usual = [way for way in usual if self.passes(program, [way], self.library, 60)]
+                usual = [way for way in usual if self.passes(program, [way], self.built, 60)]
                 print(f'case by case, for it fails in one process: {program}, {len(usual)} cases')
             self.baseline[program] = time.time() - begin, usual
         return self.baseline[program][0]

@@ -124,8 +124,8 @@ case $parts in *refuse*)
   read -r tests runs refusals checks crashes hangs cut <"$work/refused.sums"
   find "$out" -regex '.*\.[0-9]+' -print0 | sort -z | xargs -0r bash -c "$(declare -f judge); judge \"\$@\"" _ \
     >"$work/refused.reports"
-  grep '^library' "$work/refused.reports" >"$work/refused.library"
-  unknown refuse "$work/refused.library" >"$work/findings"
+  grep '^library' "$work/refused.reports" >"$work/refused.ours"
+  unknown refuse "$work/refused.ours" >"$work/findings"
   figure 'refused requests: tests' "$tests" sum
   figure 'refused requests: runs' "$runs" sum
   figure 'refused requests: runs with a refusal' "$refusals" sum
