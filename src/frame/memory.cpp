@@ -1,3 +1,4 @@
+#include "frame/default_hooks.h"
 #include "frame/layout.h"
 #include "kest/frame.h"
 
@@ -59,5 +60,7 @@ bool MemInit(SAllocator* allocator) {
 }
 
 void MemTerm() { s_current = kDefaults; }
+
+bool UsesDefaultHooks() { return s_current.hooks.alloc == DefaultAlloc; }
 
 }  // namespace KEST
