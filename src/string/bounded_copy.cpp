@@ -10,7 +10,9 @@
 
 namespace {
 
-unsigned int LengthOf(const unsigned short* s) { return KEST::ucslen(s); }
+unsigned int LengthOf(const unsigned short* s) {
+  return static_cast<unsigned int>(KEST::UnitLength(s));
+}
 unsigned int LengthOf(const char* s) {
   return s != nullptr ? static_cast<unsigned int>(strlen(s)) : 0;
 }

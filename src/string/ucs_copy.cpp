@@ -1,4 +1,4 @@
-// Length and copying of wide C strings. Lengths are measured before anything moves, so the places
+// Copying of wide C strings. Lengths are measured before anything moves, so the places
 // may overlap.
 
 #include <algorithm>
@@ -8,16 +8,9 @@
 
 namespace KEST {
 
-unsigned int ucslen(const unsigned short* s) {
-  s = OrEmpty(s);
-  const unsigned short* end = s;
-  while (*end != 0) ++end;
-  return static_cast<unsigned int>(end - s);
-}
-
 unsigned short* ucscpy(unsigned short* dest, const unsigned short* src) {
   src = OrEmpty(src);
-  MoveUnits(dest, src, static_cast<size_t>(ucslen(src)) + 1);
+  MoveUnits(dest, src, UnitLength(src) + 1);
   return dest;
 }
 
@@ -31,7 +24,7 @@ unsigned short* ucsncpy(unsigned short* dest, const unsigned short* src, unsigne
 
 // Gives the place of the first appended unit, not the start, on purpose.
 unsigned short* ucscat(unsigned short* dest, const unsigned short* src) {
-  return ucscpy(dest + ucslen(dest), src);
+  return ucscpy(dest + UnitLength(dest), src);
 }
 
 }  // namespace KEST

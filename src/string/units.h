@@ -1,5 +1,6 @@
-// What the files of this folder share for text of 16-bit units. Inline, because a call of an
-// exported function goes through the linkage table, which is too dear to pay for every unit.
+// What the files of this folder share for text of 16-bit units. A call of an exported function goes
+// through the linkage table, which is too dear to pay for every unit; so these are inline or
+// hidden.
 
 #ifndef KEST_SRC_STRING_UNITS_H
 #define KEST_SRC_STRING_UNITS_H
@@ -14,6 +15,9 @@ inline const unsigned short* OrEmpty(const unsigned short* s) {
   static constexpr unsigned short kEmpty = 0;
   return s != nullptr ? s : &kEmpty;
 }
+
+// Units before the terminator: ucslen for the library's own calls.
+size_t UnitLength(const unsigned short* s);
 
 // Units before the terminator, looking at no more than limit of them.
 inline unsigned int BoundedLength(const unsigned short* s, unsigned int limit) {

@@ -1,0 +1,12 @@
+#include "string/ucs_length_levels.h"
+#include "string/vector_sse2.h"
+// Written in the vectors above.
+#include "string/scan_kernel.h"
+
+namespace KEST {
+
+KEST_FOR_SSE2 KEST_REALIGN size_t UcsLengthSse2(const unsigned short* s) {
+  return KEST_KERNELS::Length(s);
+}
+
+}  // namespace KEST

@@ -1,0 +1,39 @@
+// Sixteen units of wide text at a time: what the kernels of this folder are written in.
+
+#ifndef KEST_SRC_STRING_VECTOR_AVX2_H
+#define KEST_SRC_STRING_VECTOR_AVX2_H
+
+#include <immintrin.h>
+
+#include "cpu/level.h"
+
+// What the headers of kernels carry and live in.
+#define KEST_FOR_KERNEL KEST_FOR_AVX2
+#define KEST_KERNELS KernelsAvx2
+
+namespace KEST::KEST_KERNELS {
+
+using Vector = __m256i;
+// How many bits stand for a unit where each stands for some.
+constexpr unsigned int kBitsOfUnit = 2;
+
+KEST_FOR_AVX2 KEST_READS_PAST_END inline Vector Load(const unsigned short* s) {
+  return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(s));
+}
+
+KEST_FOR_AVX2 KEST_READS_PAST_END inline Vector LoadAligned(const unsigned short* s) {
+  return _mm256_load_si256(reinterpret_cast<const __m256i*>(s));
+}
+
+// The smaller unit of each pair.
+KEST_FOR_AVX2 inline Vector Least(Vector a, Vector b) { return _mm256_min_epu16(a, b); }
+
+// The bits of the units that are 0.
+KEST_FOR_AVX2 inline unsigned int Zeros(Vector v) {
+  return static_cast<unsigned int>(
+      _mm256_movemask_epi8(_mm256_cmpeq_epi16(v, _mm256_setzero_si256())));
+}
+
+}  // namespace KEST::KEST_KERNELS
+
+#endif  // KEST_SRC_STRING_VECTOR_AVX2_H

@@ -1,0 +1,40 @@
+// Eight units of wide text at a time: what the kernels of this folder are written in.
+
+#ifndef KEST_SRC_STRING_VECTOR_SSE2_H
+#define KEST_SRC_STRING_VECTOR_SSE2_H
+
+#include <immintrin.h>
+
+#include "cpu/level.h"
+
+// What the headers of kernels carry and live in.
+#define KEST_FOR_KERNEL KEST_FOR_SSE2
+#define KEST_KERNELS KernelsSse2
+
+namespace KEST::KEST_KERNELS {
+
+using Vector = __m128i;
+// How many bits stand for a unit where each stands for some.
+constexpr unsigned int kBitsOfUnit = 2;
+
+KEST_FOR_SSE2 KEST_READS_PAST_END inline Vector Load(const unsigned short* s) {
+  return _mm_loadu_si128(reinterpret_cast<const __m128i*>(s));
+}
+
+KEST_FOR_SSE2 KEST_READS_PAST_END inline Vector LoadAligned(const unsigned short* s) {
+  return _mm_load_si128(reinterpret_cast<const __m128i*>(s));
+}
+
+// The smaller unit of each pair.
+KEST_FOR_SSE2 inline Vector Least(Vector a, Vector b) {
+  return _mm_sub_epi16(a, _mm_subs_epu16(a, b));
+}
+
+// The bits of the units that are 0.
+KEST_FOR_SSE2 inline unsigned int Zeros(Vector v) {
+  return static_cast<unsigned int>(_mm_movemask_epi8(_mm_cmpeq_epi16(v, _mm_setzero_si128())));
+}
+
+}  // namespace KEST::KEST_KERNELS
+
+#endif  // KEST_SRC_STRING_VECTOR_SSE2_H
