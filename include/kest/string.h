@@ -448,7 +448,7 @@ class KEST_API TBstr {
 
   // The text becomes what snuprintf would write with room enough; its rules hold. Format and
   // arguments may lie in this object's own text. Without memory, and at INT_MAX units, the text is
-  // empty. "%n" stores its count twice, the same value each time.
+  // empty. "%n" may store its count twice, the same value each time.
   void Format(const unsigned short* format, ...);
   void FormatV(const unsigned short* format, va_list args);
 

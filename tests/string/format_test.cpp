@@ -395,6 +395,36 @@ TEST(Format, CutsToTheRoomAndReturnsTheWholeLength) {
   }
 }
 
+// Numbers around each change of length, in every room: nothing is stored behind it.
+TEST(Format, NumbersOfAllLengthsInEveryRoom) {
+  std::vector<unsigned int> numbers = {0, 1234567890};
+  for (unsigned int power = 1, i = 0; i < 10; ++i, power *= 10) {
+    numbers.insert(numbers.end(), {power - 1, power, power + 1});
+  }
+  for (unsigned int shift = 0; shift < 32; ++shift) {
+    numbers.insert(numbers.end(), {1u << shift, (1u << shift) - 1, 0 - (1u << shift)});
+  }
+  for (const char* conversion :
+       {"%d", "%i", "%u", "%x", "%X", "%o", "%hd", "%3u", "%-4x|", "%+d"}) {
+    for (unsigned int number : numbers) {
+      char narrow[32];
+      snprintf(narrow, sizeof narrow, conversion, number);
+      const std::u16string expected = Wide(narrow);
+      const std::u16string format = Wide(conversion);
+      for (unsigned int size = 0; size <= 16; ++size) {
+        SCOPED_TRACE(std::string(narrow) + " in " + std::to_string(size));
+        const GuardedUnits dest(std::u16string(size, u'#'));
+        ASSERT_EQ(static_cast<int>(expected.size()),
+                  KEST::snuprintf(dest.Get(), size, Units(format), number));
+        std::u16string stored = expected.substr(0, size == 0 ? 0 : size - 1);
+        if (size != 0) stored += u'\0';
+        stored.resize(size, u'#');
+        ASSERT_EQ(stored, Text(dest.Get(), size));
+      }
+    }
+  }
+}
+
 TEST(Format, SizeZeroMeasures) {
   EXPECT_EQ(5, KEST::snuprintf(nullptr, 0, KEST_TEXT("%05d"), 42));
   EXPECT_EQ(0, KEST::snuprintf(nullptr, 0, nullptr));
