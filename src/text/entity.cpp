@@ -1,42 +1,38 @@
 // The four markup characters of HTML and their entities.
 
+#include <algorithm>
+
+#include "cpu/dispatch.h"
 #include "kest/text.h"
 #include "string/splice.h"
 #include "text/escape.h"
+#include "text/escape_levels.h"
 #include "text/scratch.h"
 
 namespace KEST {
 
 namespace {
 
-struct SEntity {
-  unsigned short character;
-  unsigned short length;
-  unsigned short name[6];
-};
+constexpr SVersions<uint64_t(const unsigned short*, size_t)> kCountAdded = {
+    CountAddedPlain, CountAddedSse2, nullptr, CountAddedAvx2};
+constexpr TDispatch<kCountAdded> CountAdded;
 
-constexpr SEntity kEntities[] = {
-    {'&', 5, {'&', 'a', 'm', 'p', ';'}},
-    {'<', 4, {'&', 'l', 't', ';'}},
-    {'>', 4, {'&', 'g', 't', ';'}},
-    {'"', 6, {'&', 'q', 'u', 'o', 't', ';'}},
-};
+constexpr SVersions<unsigned short*(unsigned short*, const unsigned short*, size_t)> kWriteEscaped =
+    {WriteEscapedPlain, WriteEscapedSse2, nullptr, WriteEscapedAvx2};
+constexpr TDispatch<kWriteEscaped> WriteEscaped;
 
-const SEntity* EntityOf(unsigned short character) {
-  for (const SEntity& entity : kEntities) {
-    if (entity.character == character) return &entity;
+bool IsMarkup(unsigned short unit) { return unit != 0 && kEntityTable.Of(unit).character == unit; }
+
+// The character of an entity, 0 when there is none of that name.
+unsigned short CharacterNamed(const unsigned short* name, ptrdiff_t length) {
+  for (const unsigned short character : {u'&', u'<', u'>', u'"'}) {
+    const SEntity& entity = kEntityTable.Of(character);
+    if (entity.length == length && ucsncmp(entity.name, name, entity.length) == 0) return character;
   }
-  return nullptr;
+  return 0;
 }
 
-const SEntity* EntityNamed(const unsigned short* name, ptrdiff_t length) {
-  for (const SEntity& entity : kEntities) {
-    if (entity.length == length && ucsncmp(entity.name, name, entity.length) == 0) return &entity;
-  }
-  return nullptr;
-}
-
-// Returns the end of what it wrote. An entity without a row above is dropped, and so is one that
+// Returns the end of what it wrote. An entity of no character is dropped, and so is one that
 // another '&' or the end of the text cuts short.
 unsigned short* Unescape(const unsigned short* text, const unsigned short* end,
                          unsigned short* dest) {
@@ -47,7 +43,7 @@ unsigned short* Unescape(const unsigned short* text, const unsigned short* end,
     } else if (open == nullptr) {
       *dest++ = *text;
     } else if (*text == ';') {
-      if (const SEntity* entity = EntityNamed(open, text + 1 - open)) *dest++ = entity->character;
+      if (const unsigned short ch = CharacterNamed(open, text + 1 - open)) *dest++ = ch;
       open = nullptr;
     }
   }
@@ -56,16 +52,34 @@ unsigned short* Unescape(const unsigned short* text, const unsigned short* end,
 
 }  // namespace
 
-void PutEscaped(STextSink& sink, const unsigned short* text, const unsigned short* end) {
-  const unsigned short* run = text;  // what is put as it is
-  for (; text != end; ++text) {
-    const SEntity* entity = EntityOf(*text);
-    if (entity == nullptr) continue;
-    sink.Put(run, static_cast<size_t>(text - run));
-    sink.Put(entity->name, entity->length);
-    run = text + 1;
+uint64_t CountAddedPlain(const unsigned short* text, size_t count) {
+  uint64_t added = 0;
+  for (; count != 0; ++text, --count) {
+    if (IsMarkup(*text)) added += kEntityTable.Of(*text).length - 1;
   }
-  sink.Put(run, static_cast<size_t>(end - run));
+  return added;
+}
+
+unsigned short* WriteEscapedPlain(unsigned short* dest, const unsigned short* text, size_t count) {
+  for (; count != 0; ++text, --count) {
+    if (IsMarkup(*text)) {
+      const SEntity& entity = kEntityTable.Of(*text);
+      dest = std::copy_n(entity.name, entity.length, dest);
+    } else {
+      *dest++ = *text;
+    }
+  }
+  return dest;
+}
+
+void PutEscaped(STextSink& sink, const unsigned short* text, const unsigned short* end) {
+  const size_t count = static_cast<size_t>(end - text);
+  if (sink.units != nullptr) {
+    const unsigned short* written = WriteEscaped(sink.units + sink.length, text, count);
+    sink.length = static_cast<size_t>(written - sink.units);
+  } else {
+    sink.length += count + CountAdded(text, count);
+  }
 }
 
 }  // namespace KEST
@@ -73,13 +87,16 @@ void PutEscaped(STextSink& sink, const unsigned short* text, const unsigned shor
 extern "C" {
 
 void KestEntityEscape(const unsigned short* text, KEST::TBstr& out) {
+  const unsigned int length = KEST::ucslen(text);
+  const uint64_t added = KEST::CountAdded(text, length);
   // Text that stays as it is may need no new block.
-  if (KEST::ucspbrk(text, KEST_TEXT("&<>\"")) == nullptr) {
+  if (added == 0) {
     out.Assign(text);
     return;
   }
-  KEST::BuildText(
-      out, [=](KEST::STextSink& sink) { KEST::PutEscaped(sink, text, text + KEST::ucslen(text)); });
+  unsigned short* fresh = KEST::AllocateText(length + added);
+  if (fresh != nullptr) KEST::WriteEscaped(fresh, text, length);
+  KEST::ReplaceText(out, fresh);
 }
 
 void KestEntityUnescape(const unsigned short* text, KEST::TBstr& out) {

@@ -27,22 +27,30 @@ struct STextSink {
 // Puts the units from text up to end, the markup characters as entities.
 void PutEscaped(STextSink& sink, const unsigned short* text, const unsigned short* end);
 
+// A BSTR of that length to be filled; null without memory, and for more than an int counts.
+inline unsigned short* AllocateText(uint64_t length) {
+  return length <= INT_MAX ? KestAllocStringLen(nullptr, static_cast<unsigned int>(length))
+                           : nullptr;
+}
+
+// out becomes fresh, which it then owns; null is the empty text.
+inline void ReplaceText(TBstr& out, unsigned short* fresh) {
+  KestFreeString(out.Detach());
+  out.Attach(fresh);
+}
+
 // out becomes the text that write(sink) puts, both times that it is called; empty without memory.
 // The pieces may lie in out's own text: that is freed last.
 template <typename Write>
 void BuildText(TBstr& out, Write write) {
   STextSink count = {nullptr, 0};
   write(count);
-  unsigned short* fresh = nullptr;
-  if (count.length <= INT_MAX) {
-    fresh = KestAllocStringLen(nullptr, static_cast<unsigned int>(count.length));
-  }
+  unsigned short* fresh = AllocateText(count.length);
   if (fresh != nullptr) {
     STextSink sink = {fresh, 0};
     write(sink);
   }
-  KestFreeString(out.Detach());
-  out.Attach(fresh);
+  ReplaceText(out, fresh);
 }
 
 }  // namespace KEST
