@@ -10,7 +10,8 @@
 
 namespace KEST {
 
-// The versions of one routine. A null stands for the nearest one before it.
+// The versions of one routine. A null stands for the nearest one before it; but one for the SHA
+// instructions comes before all others where the processor has them.
 template <typename Routine>
 struct SVersions {
   Routine* plain;
@@ -18,10 +19,12 @@ struct SVersions {
   Routine* ssse3 = nullptr;
   Routine* avx2 = nullptr;
   Routine* avx512 = nullptr;
+  Routine* sha = nullptr;
 };
 
 template <typename Routine>
 Routine* BestVersion(const SVersions<Routine>& versions) {
+  if (versions.sha != nullptr && CpuHasSha()) return versions.sha;
   Routine* const each[] = {versions.plain, versions.sse2, versions.ssse3, versions.avx2,
                            versions.avx512};
   int level = CpuLevel();

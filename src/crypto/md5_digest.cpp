@@ -5,6 +5,7 @@
 #include <stddef.h>
 
 #include "crypto/mdx_transform.h"
+#include "crypto/transforms.h"
 #include "frame/layout.h"
 
 namespace {
@@ -27,25 +28,28 @@ constexpr int kShift[4][4] = {{7, 12, 17, 22}, {5, 9, 14, 20}, {4, 11, 16, 23}, 
 constexpr size_t kFirstWord[4] = {0, 1, 5, 0};
 constexpr size_t kStride[4] = {1, 5, 3, 7};
 
-// F, G, H and I.
+// sum + F, G, H or I. What does not need b is added first; the halves of G have no bit in common,
+// so that they can be added one by one.
 template <size_t kRound>
-constexpr unsigned int Mix(unsigned int b, unsigned int c, unsigned int d) {
-  if constexpr (kRound == 0) return d ^ (b & (c ^ d));
-  if constexpr (kRound == 1) return c ^ (d & (b ^ c));
-  if constexpr (kRound == 2) return b ^ c ^ d;
-  if constexpr (kRound == 3) return c ^ (b | ~d);
+constexpr unsigned int Add(unsigned int sum, unsigned int b, unsigned int c, unsigned int d) {
+  if constexpr (kRound == 0) return sum + (d ^ (b & (c ^ d)));
+  if constexpr (kRound == 1) return sum + (c & ~d) + (b & d);
+  if constexpr (kRound == 2) return sum + (b ^ (c ^ d));
+  if constexpr (kRound == 3) return sum + (c ^ (b | ~d));
 }
 
 struct SMd5 {
   static constexpr size_t kSteps = 64;
 
   template <size_t kStep>
-  static constexpr unsigned int Next(unsigned int a, unsigned int b, unsigned int c, unsigned int d,
-                                     const unsigned int (&x)[16]) {
+  static constexpr size_t kWord = (kFirstWord[kStep / 16] + kStep * kStride[kStep / 16]) % 16;
+
+  template <size_t kStep>
+  static constexpr unsigned int Next(unsigned int sum, unsigned int b, unsigned int c,
+                                     unsigned int d) {
     constexpr size_t kRound = kStep / 16;
-    const unsigned int word = x[(kFirstWord[kRound] + kStep * kStride[kRound]) % 16];
-    return b + KEST::RotateLeft(a + word + kSine[kStep] + Mix<kRound>(b, c, d),
-                                kShift[kRound][kStep % 4]);
+    return b +
+           KEST::RotateLeft(Add<kRound>(sum + kSine[kStep], b, c, d), kShift[kRound][kStep % 4]);
   }
 };
 
@@ -56,7 +60,11 @@ namespace KEST {
 KEST_SIZE_IS(TMd5Digest, 96, 104);
 
 void TMd5Digest::Transform(unsigned int* words, const unsigned char* block) {
-  TransformBlock<SMd5>(words, block);
+  Md5Blocks(words, block, 1);
+}
+
+void Md5Blocks(unsigned int* state, const unsigned char* blocks, size_t count) {
+  MdxBlocks<SMd5>(state, blocks, count);
 }
 
 }  // namespace KEST

@@ -14,8 +14,12 @@ int TMdXDigest::Finish(unsigned char* digest, int) {
   unsigned char bits[8];
   StoreLittleEndian(bits, bitCount[0]);
   StoreLittleEndian(bits + 4, bitCount[1]);
-  Update(kPadding, PaddingLength(bitCount[0]));
-  Update(bits, sizeof(bits));
+  if (TransformBlocks* const transform = BlocksOf(*this)) {
+    FinishBlocks(transform, state, buffer, bitCount[0], bits);
+  } else {
+    Update(kPadding, PaddingLength(bitCount[0]));
+    Update(bits, sizeof(bits));
+  }
   for (int i = 0; i < 4; ++i) StoreLittleEndian(digest + 4 * i, state[i]);
   Reset();
   return GetDigestSize();

@@ -3,7 +3,9 @@
 #include <string.h>
 
 #include "crypto/padding.h"
+#include "crypto/transforms.h"
 #include "frame/layout.h"
+#include "frame/own_slot.h"
 
 namespace {
 
@@ -24,7 +26,28 @@ void AddBits(unsigned int (&bitCount)[2], unsigned int length) {
 
 namespace KEST {
 
+TransformBlocks* BlocksOf(const TMessageDigest& digest) {
+  if (IsOwn<&TMessageDigest::Transform, TMd5Digest>(digest)) return Md5Blocks;
+  if (IsOwn<&TMessageDigest::Transform, TShaDigest>(digest)) return ShaBlocks;
+  if (IsOwn<&TMessageDigest::Transform, TMd4Digest>(digest)) return Md4Blocks;
+  return nullptr;
+}
+
 const unsigned char kPadding[64] = {0x80};
+
+// Leaves in buffer what Update would leave there.
+void FinishBlocks(TransformBlocks* transform, unsigned int* state, unsigned char* buffer,
+                  unsigned int bitCountLow, const unsigned char (&bits)[8]) {
+  constexpr size_t kBitsAt = kBlockSize - sizeof(bits);
+  const size_t index = bitCountLow / 8 % kBlockSize;
+  memcpy(buffer + index, kPadding, kBlockSize - index);
+  if (index >= kBitsAt) {
+    transform(state, buffer, 1);
+    memset(buffer, 0, kBitsAt);
+  }
+  memcpy(buffer + kBitsAt, bits, sizeof(bits));
+  transform(state, buffer, 1);
+}
 
 KEST_SIZE_IS(TMessageDigest, 96, 104);
 
@@ -50,10 +73,23 @@ void TMessageDigest::Update(const unsigned char* data, int length) {
     return;
   }
   memcpy(buffer + index, data, static_cast<size_t>(room));
-  Transform(state, buffer);
-  data += room;
-  length -= room;
-  for (; length >= kBlockSize; data += kBlockSize, length -= kBlockSize) Transform(state, data);
+  if (TransformBlocks* const transform = BlocksOf(*this)) {
+    // A first block that is whole in data joins the run there.
+    if (index != 0) {
+      transform(state, buffer, 1);
+      data += room;
+      length -= room;
+    }
+    const size_t count = static_cast<size_t>(length / kBlockSize);
+    if (count != 0) transform(state, data, count);
+    data += count * kBlockSize;
+    length %= kBlockSize;
+  } else {
+    Transform(state, buffer);
+    data += room;
+    length -= room;
+    for (; length >= kBlockSize; data += kBlockSize, length -= kBlockSize) Transform(state, data);
+  }
   if (length > 0) memcpy(buffer, data, static_cast<size_t>(length));
 }
 

@@ -3,6 +3,8 @@
 #ifndef KEST_SRC_CRYPTO_PADDING_H
 #define KEST_SRC_CRYPTO_PADDING_H
 
+#include "crypto/transforms.h"
+
 namespace KEST {
 
 // A set bit and then zeros, as many as any message needs.
@@ -14,6 +16,10 @@ constexpr int PaddingLength(unsigned int bitCountLow) {
   const int index = static_cast<int>(bitCountLow / 8 % 64);
   return index < 56 ? 56 - index : 120 - index;
 }
+
+// Does at once what Update with that padding and then with the bit count, bits, would do.
+void FinishBlocks(TransformBlocks* transform, unsigned int* state, unsigned char* buffer,
+                  unsigned int bitCountLow, const unsigned char (&bits)[8]);
 
 }  // namespace KEST
 

@@ -7,24 +7,15 @@
 
 #include <utility>
 
+#include "cpu/dispatch.h"
 #include "crypto/padding.h"
+#include "crypto/sha_levels.h"
+#include "crypto/sha_steps.h"
+#include "crypto/transforms.h"
 #include "crypto/words.h"
 #include "frame/layout.h"
 
 namespace {
-
-constexpr size_t kSteps = 80;
-
-// K(t), one for 20 steps.
-constexpr unsigned int kConstant[4] = {0x5a827999, 0x6ed9eba1, 0x8f1bbcdc, 0xca62c1d6};
-
-// f(t; B, C, D).
-template <size_t kRound>
-constexpr unsigned int Mix(unsigned int b, unsigned int c, unsigned int d) {
-  if constexpr (kRound == 0) return d ^ (b & (c ^ d));
-  if constexpr (kRound == 2) return (b & (c | d)) | (c & d);
-  if constexpr (kRound == 1 || kRound == 3) return b ^ c ^ d;
-}
 
 // W(t). From step 16 on it takes the place of W(t - 16).
 template <size_t kStep>
@@ -37,23 +28,25 @@ template <size_t kStep>
   return word;
 }
 
-// From one step to the next the letters A to E move on by one word.
-template <size_t kStep>
-[[gnu::always_inline]] inline void Step(unsigned int (&v)[5], unsigned int (&w)[16]) {
-  constexpr size_t kRound = kStep / 20;
-  const unsigned int a = v[(kSteps - kStep) % 5];
-  unsigned int& b = v[(kSteps + 1 - kStep) % 5];
-  const unsigned int c = v[(kSteps + 2 - kStep) % 5];
-  const unsigned int d = v[(kSteps + 3 - kStep) % 5];
-  unsigned int& e = v[(kSteps + 4 - kStep) % 5];
-  e += NextWord<kStep>(w) + kConstant[kRound] + Mix<kRound>(b, c, d) + KEST::RotateLeft(a, 5);
-  b = KEST::RotateLeft(b, 30);
+template <size_t... kEach>
+[[gnu::always_inline]] inline void DoSteps(unsigned int (&v)[5], unsigned int (&w)[16],
+                                           std::index_sequence<kEach...>) {
+  (KEST::ShaStep<kEach>(v, NextWord<kEach>(w) + KEST::kShaConstant[kEach / 20]), ...);
 }
 
-template <size_t... kEach>
-void DoSteps(unsigned int (&v)[5], unsigned int (&w)[16], std::index_sequence<kEach...>) {
-  (Step<kEach>(v, w), ...);
+void ShaBlocksPlain(unsigned int* state, const unsigned char* blocks, size_t count) {
+  for (; count != 0; --count, blocks += 64) {
+    unsigned int w[16];
+    for (int i = 0; i < 16; ++i) w[i] = KEST::LoadBigEndian(blocks + 4 * i);
+    unsigned int v[5] = {state[0], state[1], state[2], state[3], state[4]};
+    DoSteps(v, w, std::make_index_sequence<KEST::kShaSteps>());
+    for (int i = 0; i < 5; ++i) state[i] += v[i];
+  }
 }
+
+constexpr KEST::SVersions<KEST::TransformBlocks> kVersions = {
+    ShaBlocksPlain, nullptr, KEST::ShaBlocksSsse3, nullptr, nullptr, KEST::ShaBlocksSha};
+constexpr KEST::TDispatch<kVersions> BestBlocks;
 
 }  // namespace
 
@@ -65,8 +58,12 @@ int TShaDigest::Finish(unsigned char* digest, int) {
   unsigned char bits[8];
   StoreBigEndian(bits, bitCount[1]);
   StoreBigEndian(bits + 4, bitCount[0]);
-  Update(kPadding, PaddingLength(bitCount[0]));
-  Update(bits, sizeof(bits));
+  if (TransformBlocks* const transform = BlocksOf(*this)) {
+    FinishBlocks(transform, state, buffer, bitCount[0], bits);
+  } else {
+    Update(kPadding, PaddingLength(bitCount[0]));
+    Update(bits, sizeof(bits));
+  }
   for (int i = 0; i < 5; ++i) StoreBigEndian(digest + 4 * i, state[i]);
   Reset();
   return GetDigestSize();
@@ -75,11 +72,11 @@ int TShaDigest::Finish(unsigned char* digest, int) {
 int TShaDigest::GetDigestSize() const { return 20; }
 
 void TShaDigest::Transform(unsigned int* words, const unsigned char* block) {
-  unsigned int w[16];
-  for (int i = 0; i < 16; ++i) w[i] = LoadBigEndian(block + 4 * i);
-  unsigned int v[5] = {words[0], words[1], words[2], words[3], words[4]};
-  DoSteps(v, w, std::make_index_sequence<kSteps>());
-  for (int i = 0; i < 5; ++i) words[i] += v[i];
+  ShaBlocks(words, block, 1);
+}
+
+void ShaBlocks(unsigned int* state, const unsigned char* blocks, size_t count) {
+  BestBlocks(state, blocks, count);
 }
 
 }  // namespace KEST

@@ -47,9 +47,11 @@ TEST(CpuLevel, IsWhatTheKernelSays) {
 
 int Plain(int number) { return number; }
 int Better(int number) { return number + 1; }
+int WithSha(int number) { return number + 2; }
 
 constexpr KEST::SVersions<int(int)> kPlainOnly = {Plain};
 constexpr KEST::SVersions<int(int)> kEachBetter = {Plain, Better, Better, Better, Better};
+constexpr KEST::SVersions<int(int)> kSha = {Plain, nullptr, nullptr, nullptr, nullptr, WithSha};
 
 TEST(Dispatch, TakesTheNearestVersionBelow) {
   constexpr KEST::TDispatch<kPlainOnly> plainOnly;
@@ -62,6 +64,11 @@ TEST(Dispatch, TakesTheVersionOfTheMachinesLevel) {
   const int best = KEST::CpuLevel() == KEST::kCpuPlain ? 5 : 6;
   EXPECT_EQ(best, eachBetter(5));
   EXPECT_EQ(best, eachBetter(5));
+}
+
+TEST(Dispatch, TakesAVersionForTheShaInstructionsBeforeAllOthers) {
+  constexpr KEST::TDispatch<kSha> sha;
+  EXPECT_EQ(KEST::CpuHasSha() ? 7 : 5, sha(5));
 }
 
 }  // namespace

@@ -7,12 +7,16 @@
 #include <gtest/gtest.h>
 #include <limits.h>
 #include <string.h>
+#include <sys/mman.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <string>
 #include <type_traits>
 #include <vector>
 
 #include "kest/digest.h"
+#include "support/guarded_block.h"
 #include "support/hex.h"
 #include "support/random.h"
 
@@ -157,7 +161,7 @@ void ACopyGoesOnFromTheSameState() {
 template <typename Digest>
 void DataMayLieAtAnyAddress() {
   const std::string expected = Hex(DigestOf<Digest>(Pattern(200)));
-  for (int offset = 0; offset < 8; ++offset) {
+  for (int offset = 0; offset < 64; ++offset) {
     Bytes moved(static_cast<size_t>(offset));
     const Bytes message = Pattern(200);
     moved.insert(moved.end(), message.begin(), message.end());
@@ -165,6 +169,17 @@ void DataMayLieAtAnyAddress() {
     digest.Update(moved.data() + offset, 200);
     EXPECT_EQ(expected, Finished(digest)) << offset;
   }
+}
+
+// For the models: message, a set bit, zeros up to 8 bytes before the end of a block, bit count.
+inline Bytes Padded(Bytes message, bool bigEndian) {
+  const unsigned long long bits = 8ull * message.size();
+  message.push_back(0x80);
+  while (message.size() % 64 != 56) message.push_back(0);
+  for (int i = 0; i < 8; ++i) {
+    message.push_back(static_cast<unsigned char>(bits >> (8 * (bigEndian ? 7 - i : i))));
+  }
+  return message;
 }
 
 // Random messages in random pieces against model, which takes a whole message.
@@ -185,15 +200,94 @@ void MatchesTheModel(Bytes (*model)(const Bytes&)) {
   }
 }
 
-// For the models: message, a set bit, zeros up to 8 bytes before the end of a block, bit count.
-inline Bytes Padded(Bytes message, bool bigEndian) {
-  const unsigned long long bits = 8ull * message.size();
-  message.push_back(0x80);
-  while (message.size() % 64 != 56) message.push_back(0);
-  for (int i = 0; i < 8; ++i) {
-    message.push_back(static_cast<unsigned char>(bits >> (8 * (bigEndian ? 7 - i : i))));
+// Whole messages of every length that end right at memory that cannot be touched, and that begin
+// right behind such.
+template <typename Digest>
+void ReadsNothingBesideTheMessage(Bytes (*model)(const Bytes&)) {
+  const long page = sysconf(_SC_PAGESIZE);
+  const GuardedBlock<unsigned char> twoPages(2 * page);
+  unsigned char* const afterGuard = twoPages.Get() + page;
+  mprotect(twoPages.Get(), static_cast<size_t>(page), PROT_NONE);
+  for (int length = 0; length <= 300; ++length) {
+    const Bytes message = Pattern(length);
+    const GuardedBlock<unsigned char> atEnd(message);
+    std::copy(message.begin(), message.end(), afterGuard);
+    for (const unsigned char* data : {atEnd.Get(), afterGuard}) {
+      Digest digest;
+      digest.Update(data, length);
+      ASSERT_EQ(Hex(model(message)), Finished(digest)) << length;
+    }
   }
-  return message;
+}
+
+// A host's classes over a digest: one with the digest's own Transform, and one that notes each call
+// before it passes it on.
+template <typename Digest>
+class TShown : public Digest {
+ public:
+  TShown() { memset(this->buffer, 0xee, sizeof(this->buffer)); }
+
+  std::string Fields() const {
+    const unsigned char* bytes = reinterpret_cast<const unsigned char*>(this->state);
+    return Hex(bytes, sizeof(this->state) + sizeof(this->bitCount) + sizeof(this->buffer));
+  }
+  const unsigned char* Buffer() const { return this->buffer; }
+};
+
+template <typename Digest>
+class TNoted : public TShown<Digest> {
+ public:
+  void Transform(unsigned int* words, const unsigned char* block) override {
+    stateIsOurs = stateIsOurs && words == this->state;
+    blocks.push_back(block);
+    content.insert(content.end(), block, block + 64);
+    Digest::Transform(words, block);
+  }
+
+  bool stateIsOurs = true;
+  std::vector<const unsigned char*> blocks;
+  Bytes content;
+};
+
+// Both have the same fields after each call, whatever pieces a message comes in.
+template <typename Digest>
+void BlocksAtOnceLeaveWhatBlocksOneByOneLeave() {
+  Random random;
+  SCOPED_TRACE(random.Seed());
+  TShown<Digest> atOnce;
+  TNoted<Digest> oneByOne;
+  for (int n = 0; n < 1000; ++n) {
+    for (int pieces = random.Between(0, 4); pieces > 0; --pieces) {
+      const Bytes piece = random.Bytes(random.Between(0, n % 2 == 0 ? 400 : 70));
+      Feed(atOnce, piece);
+      Feed(oneByOne, piece);
+      ASSERT_EQ(oneByOne.Fields(), atOnce.Fields()) << "case " << n;
+    }
+    ASSERT_EQ(Finished(oneByOne), Finished(atOnce)) << "case " << n;
+    ASSERT_EQ(oneByOne.Fields(), atOnce.Fields()) << "case " << n;
+  }
+  EXPECT_TRUE(oneByOne.stateIsOurs);
+}
+
+// An override gets the first block in the buffer, the others where the caller has them and the
+// padded ones in the buffer again, although it is the digest's own Transform that it calls.
+template <typename Digest>
+void AnOverrideGetsEachBlock(bool bigEndian) {
+  for (int length = 0; length <= 400; ++length) {
+    const Bytes message = Pattern(length);
+    TNoted<Digest> digest;
+    std::vector<const unsigned char*> blocks;
+    for (int at = 0; at + 64 <= length; at += 64) {
+      blocks.push_back(at == 0 ? digest.Buffer() : message.data() + at);
+    }
+    for (int padded = length % 64 < 56 ? 1 : 2; padded > 0; --padded) {
+      blocks.push_back(digest.Buffer());
+    }
+    Feed(digest, message);
+    ASSERT_EQ(Hex(DigestOf<Digest>(message)), Finished(digest)) << length;
+    ASSERT_EQ(blocks, digest.blocks) << length;
+    ASSERT_EQ(Padded(message, bigEndian), digest.content) << length;
+  }
 }
 
 // A digest whose count of earlier bits can be set, and which shows the last block it transforms.

@@ -83,6 +83,14 @@ TEST(Md4Digest, ACopyGoesOnFromTheSameState) { ACopyGoesOnFromTheSameState<TMd4D
 
 TEST(Md4Digest, DataMayLieAtAnyAddress) { DataMayLieAtAnyAddress<TMd4Digest>(); }
 
+TEST(Md4Digest, ReadsNothingBesideTheMessage) { ReadsNothingBesideTheMessage<TMd4Digest>(Model); }
+
+TEST(Md4Digest, BlocksAtOnceLeaveWhatBlocksOneByOneLeave) {
+  BlocksAtOnceLeaveWhatBlocksOneByOneLeave<TMd4Digest>();
+}
+
+TEST(Md4Digest, AnOverrideGetsEachBlock) { AnOverrideGetsEachBlock<TMd4Digest>(false); }
+
 TEST(Md4Digest, EndsWithTheBitCountLowByteFirst) {
   EXPECT_EQ("e8cdab8967452301", BitCountInLastBlock<TMd4Digest>());
 }

@@ -91,6 +91,14 @@ TEST(Md5Digest, ACopyGoesOnFromTheSameState) { ACopyGoesOnFromTheSameState<TMd5D
 
 TEST(Md5Digest, DataMayLieAtAnyAddress) { DataMayLieAtAnyAddress<TMd5Digest>(); }
 
+TEST(Md5Digest, ReadsNothingBesideTheMessage) { ReadsNothingBesideTheMessage<TMd5Digest>(Model); }
+
+TEST(Md5Digest, BlocksAtOnceLeaveWhatBlocksOneByOneLeave) {
+  BlocksAtOnceLeaveWhatBlocksOneByOneLeave<TMd5Digest>();
+}
+
+TEST(Md5Digest, AnOverrideGetsEachBlock) { AnOverrideGetsEachBlock<TMd5Digest>(false); }
+
 TEST(Md5Digest, EndsWithTheBitCountLowByteFirst) {
   EXPECT_EQ("e8cdab8967452301", BitCountInLastBlock<TMd5Digest>());
 }

@@ -85,6 +85,14 @@ TEST(ShaDigest, ACopyGoesOnFromTheSameState) { ACopyGoesOnFromTheSameState<TShaD
 
 TEST(ShaDigest, DataMayLieAtAnyAddress) { DataMayLieAtAnyAddress<TShaDigest>(); }
 
+TEST(ShaDigest, ReadsNothingBesideTheMessage) { ReadsNothingBesideTheMessage<TShaDigest>(Model); }
+
+TEST(ShaDigest, BlocksAtOnceLeaveWhatBlocksOneByOneLeave) {
+  BlocksAtOnceLeaveWhatBlocksOneByOneLeave<TShaDigest>();
+}
+
+TEST(ShaDigest, AnOverrideGetsEachBlock) { AnOverrideGetsEachBlock<TShaDigest>(true); }
+
 TEST(ShaDigest, EndsWithTheBitCountHighByteFirst) {
   EXPECT_EQ("0123456789abcde8", BitCountInLastBlock<TShaDigest>());
 }
