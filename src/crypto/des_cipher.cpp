@@ -4,7 +4,14 @@
 
 #include "kest/crypto.h"
 
+#include <string.h>
+
+#include <utility>
+
+#include "cpu/dispatch.h"
 #include "crypto/ber_items.h"
+#include "crypto/block_runs.h"
+#include "crypto/des_levels.h"
 #include "crypto/des_tables.h"
 #include "crypto/wipe.h"
 #include "crypto/words.h"
@@ -13,7 +20,10 @@
 namespace {
 
 using KEST::kDesChoice2;
+using KEST::LoadBigEndian;
 using KEST::RotateLeft;
+using KEST::StoreBigEndian;
+using KEST::XorEight;
 
 constexpr int kBlockSize = 8;
 constexpr int kRounds = 16;
@@ -50,36 +60,97 @@ void Exchange(unsigned int& x, unsigned int& y, int shift, unsigned int mask) {
   x ^= different << shift;
 }
 
-// The initial permutation, and the rotation of both halves.
-void Enter(unsigned int& left, unsigned int& right) {
+// The halves of a block as the rounds work on them: behind the initial permutation, each rotated.
+struct SHalves {
+  unsigned int left, right;
+};
+
+SHalves Enter(const unsigned char* block) {
+  unsigned int left = LoadBigEndian(block), right = LoadBigEndian(block + 4);
   Exchange(left, right, 4, 0x0f0f0f0f);
   Exchange(left, right, 16, 0x0000ffff);
   Exchange(right, left, 2, 0x33333333);
   Exchange(right, left, 8, 0x00ff00ff);
   right = RotateLeft(right, 1);
   Exchange(left, right, 0, 0xaaaaaaaa);
-  left = RotateLeft(left, 1);
+  return {RotateLeft(left, 1), right};
 }
 
 // Undoes Enter, with the halves in each other's place as they leave the last round.
-void Leave(unsigned int& left, unsigned int& right) {
-  right = RotateLeft(right, 31);
+void Leave(const SHalves& halves, unsigned char* block) {
+  unsigned int left = halves.left, right = RotateLeft(halves.right, 31);
   Exchange(left, right, 0, 0xaaaaaaaa);
   left = RotateLeft(left, 31);
   Exchange(left, right, 8, 0x00ff00ff);
   Exchange(left, right, 2, 0x33333333);
   Exchange(right, left, 16, 0x0000ffff);
   Exchange(right, left, 4, 0x0f0f0f0f);
+  StoreBigEndian(block, right);
+  StoreBigEndian(block + 4, left);
 }
 
-// The cipher function f, with the two schedule words of a round.
-unsigned int F(unsigned int half, const unsigned int* key) {
-  const unsigned int odd = RotateLeft(half, 28) ^ key[0], even = half ^ key[1];
+// The schedule's first word of a round is for the boxes that look up in this, the second one for
+// those that look up in the half itself.
+unsigned int Odd(unsigned int half) { return RotateLeft(half, 28); }
+
+// The cipher function f of a half that the words of the round have been mixed into. The operators
+// alternate, where any would do, because compilers would make one chain of all the same ones.
+unsigned int F(unsigned int odd, unsigned int even) {
   const auto& box = kLookup.word;
-  return box[0][odd >> 24 & 63] | box[2][odd >> 16 & 63] | box[4][odd >> 8 & 63] |
-         box[6][odd & 63] | box[1][even >> 24 & 63] | box[3][even >> 16 & 63] |
-         box[5][even >> 8 & 63] | box[7][even & 63];
+  return ((box[0][odd >> 24] | box[2][odd >> 16 & 255]) ^
+          (box[4][odd >> 8 & 255] | box[6][odd & 255])) +
+         ((box[1][even >> 24] | box[3][even >> 16 & 255]) ^
+          (box[5][even >> 8 & 255] | box[7][even & 255]));
 }
+
+// A block by itself takes as long as each step waits for the one before. So the words of a round
+// are mixed into the other half early, and all that is left behind f is an XOR.
+void RunRounds(SHalves (&block)[1], const unsigned int* schedule) {
+  auto& [left, right] = block[0];
+  unsigned int odd = Odd(right) ^ schedule[0], even = right ^ schedule[1];
+  for (int word = 2; word < 2 * kRounds; word += 2) {
+    const unsigned int f = F(odd, even);
+    odd = (Odd(left) ^ schedule[word]) ^ Odd(f);
+    even = (left ^ schedule[word + 1]) ^ f;
+    left ^= f;
+    std::swap(left, right);
+  }
+  left ^= F(odd, even);
+  std::swap(left, right);
+}
+
+// Of two blocks each is looked up while the other one waits.
+void RunRounds(SHalves (&block)[2], const unsigned int* schedule) {
+  for (int word = 0; word < 2 * kRounds; word += 4) {
+    const unsigned int* const key = schedule + word;
+    for (auto& [left, right] : block) left ^= F(Odd(right) ^ key[0], right ^ key[1]);
+    for (auto& [left, right] : block) right ^= F(Odd(left) ^ key[2], left ^ key[3]);
+  }
+}
+
+template <int kBlocks>
+void CryptBlocks(const unsigned int* schedule, unsigned char* data) {
+  SHalves block[kBlocks];
+  for (int n = 0; n < kBlocks; ++n) block[n] = Enter(data + kBlockSize * n);
+  RunRounds(block, schedule);
+  for (int n = 0; n < kBlocks; ++n) Leave(block[n], data + kBlockSize * n);
+}
+
+template <int kBlocks>
+void DecryptChained(const unsigned int* schedule, unsigned char* data, unsigned char* chain) {
+  unsigned char before[kBlockSize * (kBlocks + 1)];  // and behind it the new chain
+  memcpy(before, chain, kBlockSize);
+  memcpy(before + kBlockSize, data, kBlockSize * kBlocks);
+  CryptBlocks<kBlocks>(schedule, data);
+  for (int n = 0; n < kBlocks; ++n) XorEight(data + kBlockSize * n, before + kBlockSize * n);
+  memcpy(chain, before + kBlockSize * kBlocks, kBlockSize);
+}
+
+size_t SlicesPlain(const unsigned int*, unsigned char*, size_t, unsigned char*) { return 0; }
+
+constexpr KEST::SVersions<KEST::DesSlices> kSlices = {SlicesPlain, KEST::DesSlicesSse2, nullptr,
+                                                      KEST::DesSlicesAvx2, KEST::DesSlicesAvx512};
+constexpr KEST::TDispatch<kSlices> CryptSlices;
 
 }  // namespace
 
@@ -118,18 +189,42 @@ int TDesCipher::BerDump(unsigned char* buf, int size) {
   return WriteBerItems(buf, size, items);
 }
 
-void TDesCipher::ProcessBlock(unsigned char* block) const {
-  unsigned int left = LoadBigEndian(block), right = LoadBigEndian(block + 4);
-  Enter(left, right);
-  for (int word = 0; word < 2 * kRounds; word += 4) {
-    left ^= F(right, schedule + word);
-    right ^= F(left, schedule + word + 2);
-  }
-  Leave(left, right);
-  StoreBigEndian(block, right);
-  StoreBigEndian(block + 4, left);
-}
+void TDesCipher::ProcessBlock(unsigned char* block) const { CryptBlocks<1>(schedule, block); }
 
 int TDesCipher::GetBlockSize() const { return kBlockSize; }
+
+void SDesRuns::Ecb(const TBlockCipher& cipher, unsigned char* data, size_t count) {
+  const unsigned int* schedule = static_cast<const TDesCipher&>(cipher).schedule;
+  size_t done = CryptSlices(schedule, data, count, nullptr);
+  for (; count - done >= 2; done += 2) CryptBlocks<2>(schedule, data + kBlockSize * done);
+  if (done < count) CryptBlocks<1>(schedule, data + kBlockSize * done);
+}
+
+// The chain stays behind the initial permutation, so that no block waits for it.
+void SDesRuns::EncryptCbc(const TBlockCipher& cipher, unsigned char* data, size_t count,
+                          unsigned char* chain) {
+  if (count == 0) return;
+  const unsigned int* schedule = static_cast<const TDesCipher&>(cipher).schedule;
+  SHalves block[1] = {Enter(chain)};
+  std::swap(block[0].left, block[0].right);
+  for (size_t n = 0; n < count; ++n) {
+    const SHalves next = Enter(data + kBlockSize * n);
+    // A ciphertext has its halves in each other's place.
+    block[0] = {block[0].right ^ next.left, block[0].left ^ next.right};
+    RunRounds(block, schedule);
+    Leave(block[0], data + kBlockSize * n);
+  }
+  memcpy(chain, data + kBlockSize * (count - 1), kBlockSize);
+}
+
+void SDesRuns::DecryptCbc(const TBlockCipher& cipher, unsigned char* data, size_t count,
+                          unsigned char* chain) {
+  const unsigned int* schedule = static_cast<const TDesCipher&>(cipher).schedule;
+  size_t done = CryptSlices(schedule, data, count, chain);
+  for (; count - done >= 2; done += 2) {
+    DecryptChained<2>(schedule, data + kBlockSize * done, chain);
+  }
+  if (done < count) DecryptChained<1>(schedule, data + kBlockSize * done, chain);
+}
 
 }  // namespace KEST

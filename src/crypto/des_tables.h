@@ -61,12 +61,18 @@ constexpr unsigned char kDesBoxes[8][4][16] = {
      {2, 1, 14, 7, 4, 10, 8, 13, 15, 12, 9, 0, 3, 5, 6, 11}},
 };
 
+// What a box gives for its six bits.
+constexpr unsigned int DesBoxOutput(const unsigned char (&box)[4][16], unsigned int input) {
+  return box[(input >> 4 & 2) | (input & 1)][input >> 1 & 15];
+}
+
 // The permutation P: which bit of the S-boxes' output comes next.
 constexpr unsigned char kDesP[32] = {16, 7, 20, 21, 29, 12, 28, 17, 1,  15, 23, 26, 5,  18, 31, 10,
                                      2,  8, 24, 14, 32, 27, 3,  9,  19, 13, 30, 6,  22, 11, 4,  25};
 
+// Indexed by whole bytes, of which the upper two bits do not count.
 struct SDesLookup {
-  unsigned int word[8][64];
+  unsigned int word[8][256];
 };
 
 // The output of each S-box, put through P and rotated left by one, because the rounds run on
@@ -75,12 +81,11 @@ constexpr SDesLookup MakeDesLookup() {
   SDesLookup lookup = {};
   for (int box = 0; box < 8; ++box) {
     for (unsigned int input = 0; input < 64; ++input) {
-      const unsigned int row = (input >> 4 & 2) | (input & 1), column = input >> 1 & 15;
-      const unsigned int output = static_cast<unsigned int>(kDesBoxes[box][row][column])
-                                  << (28 - 4 * box);
+      const unsigned int output = DesBoxOutput(kDesBoxes[box], input) << (28 - 4 * box);
       unsigned int permuted = 0;
       for (unsigned char number : kDesP) permuted = permuted << 1 | (output >> (32 - number) & 1);
-      lookup.word[box][input] = RotateLeft(permuted, 1);
+      const unsigned int word = RotateLeft(permuted, 1);
+      for (unsigned int upper = 0; upper < 256; upper += 64) lookup.word[box][upper | input] = word;
     }
   }
   return lookup;
