@@ -4,6 +4,8 @@
 #include <algorithm>
 
 #include "kest/string.h"
+#include "string/find_units.h"
+#include "string/units.h"
 
 namespace KEST {
 
@@ -17,13 +19,13 @@ int IndexOf(const unsigned short* found, const unsigned short* text) {
 
 int TBstr::Find(unsigned short ch, int start) const {
   if (start < 0 || start >= GetLength()) return -1;
-  return IndexOf(ucschr(string + start, ch), string);
+  return IndexOf(FindUnit(string + start, ch), string);
 }
 
 int TBstr::Find(const unsigned short* s, int start) const {
   if (s == nullptr || start < 0 || start >= GetLength()) return -1;
   if (*s == 0) return start;
-  return IndexOf(ucsstr(string + start, s), string);
+  return IndexOf(FindUnits(string + start, s, UnitLength(s)), string);
 }
 
 int TBstr::ReverseFind(unsigned short ch) const {

@@ -34,9 +34,24 @@ inline size_t FirstOf(unsigned int bits) {
   return static_cast<unsigned int>(__builtin_ctz(bits)) / kBitsOfUnit;
 }
 
-// bits without those of the first units.
+// The last one.
+inline size_t LastOf(unsigned int bits) {
+  return (31 - static_cast<unsigned int>(__builtin_clz(bits))) / kBitsOfUnit;
+}
+
+inline unsigned int WithoutUnit(unsigned int bits, size_t unit) {
+  constexpr unsigned int kOneUnit = (1u << kBitsOfUnit) - 1;
+  return bits & ~(kOneUnit << unit * kBitsOfUnit);
+}
+
+// bits without those of the first units, which are not all.
 inline unsigned int WithoutFirst(unsigned int bits, size_t units) {
   return bits & (~0u << units * kBitsOfUnit);
+}
+
+// The bits of the first units, which are not all.
+inline unsigned int OnlyFirst(unsigned int bits, size_t units) {
+  return bits & ~(~0u << units * kBitsOfUnit);
 }
 
 }  // namespace KEST::KEST_KERNELS

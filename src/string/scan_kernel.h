@@ -5,6 +5,7 @@
 #define KEST_SRC_STRING_SCAN_KERNEL_H
 
 #include "string/place.h"
+#include "string/ucs_search_levels.h"
 
 namespace KEST::KEST_KERNELS {
 
@@ -12,7 +13,28 @@ struct STerminator {
   KEST_FOR_KERNEL Vector operator()(Vector v) const { return v; }
 };
 
-// The units of the aligned vector at p.
+struct SUnit {
+  Vector unit;
+
+  KEST_FOR_KERNEL explicit SUnit(unsigned short ch) : unit(Broadcast(ch)) {}
+  KEST_FOR_KERNEL Vector operator()(Vector v) const { return Least(v, Differences(v, unit)); }
+};
+
+struct SUnitOfSet {
+  Vector units[kMostInShortSet];
+  size_t count = 0;
+
+  KEST_FOR_KERNEL explicit SUnitOfSet(const unsigned short* set) {
+    for (; *set != 0; ++set) units[count++] = Broadcast(*set);
+  }
+  KEST_FOR_KERNEL Vector operator()(Vector v) const {
+    Vector least = v;
+    for (size_t at = 0; at < count; ++at) least = Least(least, Differences(v, units[at]));
+    return least;
+  }
+};
+
+// The bits of the marked units of the aligned vector at p.
 template <typename Mark>
 KEST_FOR_KERNEL KEST_READS_PAST_END unsigned int Marked(const unsigned short* p, Mark mark) {
   return Zeros(mark(LoadAligned(p)));
@@ -69,6 +91,25 @@ KEST_FOR_KERNEL KEST_READS_PAST_END inline const unsigned short* FirstMarked(
     if (bits != 0) return s + FirstOf(bits);
   }
   return IsOdd(s) ? FirstMarkedAtOdd(s, mark) : FirstMarkedInLong(s, mark);
+}
+
+// The last of count units at s, at least one, that is ch; null when none is.
+KEST_FOR_KERNEL KEST_READS_PAST_END inline const unsigned short* LastUnit(const unsigned short* s,
+                                                                          size_t count,
+                                                                          unsigned short ch) {
+  const Vector unit = Broadcast(ch);
+  for (; count >= kVectorUnits; count -= kVectorUnits) {
+    const unsigned short* p = s + count - kVectorUnits;
+    const unsigned int bits = Zeros(Differences(Load(p), unit));
+    if (bits != 0) return p + LastOf(bits);
+  }
+  if (count == 0) return nullptr;
+  // A vector that starts with what is left, or one that ends with it.
+  const bool fits = UnitsToPageEnd(s) >= kVectorUnits;
+  const unsigned short* p = fits ? s : s + count - kVectorUnits;
+  const unsigned int all = Zeros(Differences(Load(p), unit));
+  const unsigned int bits = fits ? OnlyFirst(all, count) : WithoutFirst(all, kVectorUnits - count);
+  return bits != 0 ? p + LastOf(bits) : nullptr;
 }
 
 KEST_FOR_KERNEL inline size_t Length(const unsigned short* s) {

@@ -16,7 +16,7 @@ unsigned short* ucscpy(unsigned short* dest, const unsigned short* src) {
 
 unsigned short* ucsncpy(unsigned short* dest, const unsigned short* src, unsigned int n) {
   src = OrEmpty(src);
-  const unsigned int length = BoundedLength(src, n);
+  const size_t length = BoundedLength(src, n);
   MoveUnits(dest, src, length);
   std::fill_n(dest + length, n - length, static_cast<unsigned short>(0));
   return dest;

@@ -1,14 +1,17 @@
 // Searching in wide C strings. The results point into text that came in as const, as in C.
 
+#include "cpu/dispatch.h"
 #include "kest/string.h"
+#include "string/find_units.h"
+#include "string/ucs_search_levels.h"
 #include "string/units.h"
+
+namespace KEST {
 
 namespace {
 
-// Up to here it is cheaper to compare with each unit of a set than to clear a map of all units.
-constexpr unsigned int kShortSet = 8;
-
-// One bit for each of the 65536 units.
+// One bit for each of the 65536 units. Clearing it is dearer than comparing with each unit of a
+// short set.
 class TUnitMap {
  public:
   explicit TUnitMap(const unsigned short* set) : bits() {
@@ -33,55 +36,85 @@ class TShortSet {
   const unsigned short* units;
 };
 
+// Or the terminator.
 template <typename Set>
 const unsigned short* FirstInSet(const unsigned short* s, const Set& set) {
   while (*s != 0 && !set.Has(*s)) ++s;
-  return *s != 0 ? s : nullptr;
+  return s;
 }
 
-const unsigned short* FirstInLongSet(const unsigned short* s, const unsigned short* set) {
+bool IsShort(const unsigned short* set) {
+  size_t count = 0;
+  while (count <= kMostInShortSet && set[count] != 0) ++count;
+  return count <= kMostInShortSet;
+}
+
+// Apart, for its room on the stack.
+[[gnu::noinline]] const unsigned short* FirstInLongSet(const unsigned short* s,
+                                                       const unsigned short* set) {
   return FirstInSet(s, TUnitMap(set));
-}
-
-bool StartsWith(const unsigned short* s, const unsigned short* start) {
-  while (*start != 0 && *s == *start) ++s, ++start;
-  return *start == 0;
 }
 
 }  // namespace
 
-namespace KEST {
+const unsigned short* UcsFindPlain(const unsigned short* s, unsigned short ch) {
+  while (*s != ch && *s != 0) ++s;
+  return s;
+}
+
+const unsigned short* UcsFindLastPlain(const unsigned short* s, size_t count, unsigned short ch) {
+  for (const unsigned short* unit = s + count; unit > s;) {
+    if (*--unit == ch) return unit;
+  }
+  return nullptr;
+}
+
+const unsigned short* UcsFindOneOfPlain(const unsigned short* s, const unsigned short* set) {
+  return FirstInSet(s, TShortSet(set));
+}
+
+namespace {
+
+constexpr SVersions<UcsFindRoutine> kFindVersions = {UcsFindPlain, UcsFindSse2, nullptr,
+                                                     UcsFindAvx2, UcsFindAvx512};
+constexpr TDispatch<kFindVersions> FindUnitOrEnd;
+
+constexpr SVersions<UcsFindLastRoutine> kFindLastVersions = {
+    UcsFindLastPlain, UcsFindLastSse2, nullptr, UcsFindLastAvx2, UcsFindLastAvx512};
+constexpr TDispatch<kFindLastVersions> FindLastUnit;
+
+constexpr SVersions<UcsFindOneOfRoutine> kFindOneOfVersions = {
+    UcsFindOneOfPlain, UcsFindOneOfSse2, nullptr, UcsFindOneOfAvx2, UcsFindOneOfAvx512};
+constexpr TDispatch<kFindOneOfVersions> FindOneOfShortSetOrEnd;
+
+}  // namespace
+
+const unsigned short* FindUnit(const unsigned short* s, unsigned short ch) {
+  const unsigned short* found = FindUnitOrEnd(s, ch);
+  return *found == ch ? found : nullptr;
+}
 
 unsigned short* ucschr(const unsigned short* s, unsigned short ch) {
-  if (s == nullptr) return nullptr;
-  while (*s != ch && *s != 0) ++s;
-  return *s == ch ? const_cast<unsigned short*>(s) : nullptr;
+  return s != nullptr ? const_cast<unsigned short*>(FindUnit(s, ch)) : nullptr;
 }
 
 unsigned short* ucsrchr(const unsigned short* s, unsigned short ch) {
   if (s == nullptr) return nullptr;
-  const unsigned short* last = nullptr;
-  for (;; ++s) {
-    if (*s == ch) last = s;
-    if (*s == 0) return const_cast<unsigned short*>(last);
-  }
+  return const_cast<unsigned short*>(FindLastUnit(s, UnitLength(s) + 1, ch));
 }
 
 unsigned short* ucspbrk(const unsigned short* s, const unsigned short* set) {
   s = OrEmpty(s);
   set = OrEmpty(set);
-  const bool isShort = BoundedLength(set, kShortSet + 1) <= kShortSet;
-  return const_cast<unsigned short*>(isShort ? FirstInSet(s, TShortSet(set))
-                                             : FirstInLongSet(s, set));
+  const unsigned short* found =
+      IsShort(set) ? FindOneOfShortSetOrEnd(s, set) : FirstInLongSet(s, set);
+  return *found != 0 ? const_cast<unsigned short*>(found) : nullptr;
 }
 
 // Nothing is found in empty text, not even empty text, on purpose.
 unsigned short* ucsstr(const unsigned short* haystack, const unsigned short* needle) {
   needle = OrEmpty(needle);
-  for (const unsigned short* s = OrEmpty(haystack); *s != 0; ++s) {
-    if (StartsWith(s, needle)) return const_cast<unsigned short*>(s);
-  }
-  return nullptr;
+  return const_cast<unsigned short*>(FindUnits(OrEmpty(haystack), needle, UnitLength(needle)));
 }
 
 }  // namespace KEST

@@ -19,11 +19,13 @@ inline const unsigned short* OrEmpty(const unsigned short* s) {
 // Units before the terminator: ucslen for the library's own calls.
 size_t UnitLength(const unsigned short* s);
 
+// The units that both texts start with, terminators not counted, looking at no more than limit of
+// them.
+size_t CommonUnits(const unsigned short* a, const unsigned short* b, size_t limit);
+
 // Units before the terminator, looking at no more than limit of them.
-inline unsigned int BoundedLength(const unsigned short* s, unsigned int limit) {
-  unsigned int length = 0;
-  while (length < limit && s[length] != 0) ++length;
-  return length;
+inline size_t BoundedLength(const unsigned short* s, size_t limit) {
+  return CommonUnits(s, s, limit);
 }
 
 // The two places may overlap.

@@ -25,6 +25,27 @@ KEST_FOR_AVX2 KEST_READS_PAST_END inline Vector LoadAligned(const unsigned short
   return _mm256_load_si256(reinterpret_cast<const __m256i*>(s));
 }
 
+KEST_FOR_AVX2 inline Vector Broadcast(unsigned short unit) {
+  return _mm256_set1_epi16(static_cast<short>(unit));
+}
+
+// 0 where the units are equal.
+KEST_FOR_AVX2 inline Vector Differences(Vector a, Vector b) { return _mm256_xor_si256(a, b); }
+
+KEST_FOR_AVX2 inline Vector Either(Vector a, Vector b) { return _mm256_or_si256(a, b); }
+
+// The units of a that b has too, 0 for the others.
+KEST_FOR_AVX2 inline Vector Common(Vector a, Vector b) {
+  return _mm256_and_si256(a, _mm256_cmpeq_epi16(a, b));
+}
+
+// In upper case. Letters become the smallest units that comparison with a sign knows.
+KEST_FOR_AVX2 inline Vector Upper(Vector v) {
+  const Vector moved = _mm256_add_epi16(v, Broadcast(0x8000 - u'a'));
+  const Vector letters = _mm256_cmpgt_epi16(Broadcast(0x8000 + 26), moved);
+  return _mm256_sub_epi16(v, _mm256_and_si256(letters, Broadcast(u'a' - u'A')));
+}
+
 // The smaller unit of each pair.
 KEST_FOR_AVX2 inline Vector Least(Vector a, Vector b) { return _mm256_min_epu16(a, b); }
 

@@ -25,6 +25,27 @@ KEST_FOR_AVX512 KEST_READS_PAST_END inline Vector LoadAligned(const unsigned sho
   return _mm512_load_si512(s);
 }
 
+KEST_FOR_AVX512 inline Vector Broadcast(unsigned short unit) {
+  return _mm512_set1_epi16(static_cast<short>(unit));
+}
+
+// 0 where the units are equal.
+KEST_FOR_AVX512 inline Vector Differences(Vector a, Vector b) { return _mm512_xor_si512(a, b); }
+
+KEST_FOR_AVX512 inline Vector Either(Vector a, Vector b) { return _mm512_or_si512(a, b); }
+
+// The units of a that b has too, 0 for the others.
+KEST_FOR_AVX512 inline Vector Common(Vector a, Vector b) {
+  return _mm512_maskz_mov_epi16(_mm512_cmpeq_epi16_mask(a, b), a);
+}
+
+// In upper case.
+KEST_FOR_AVX512 inline Vector Upper(Vector v) {
+  const __mmask32 letters =
+      _mm512_cmplt_epu16_mask(_mm512_sub_epi16(v, Broadcast(u'a')), Broadcast(26));
+  return _mm512_mask_sub_epi16(v, letters, v, Broadcast(u'a' - u'A'));
+}
+
 // The smaller unit of each pair.
 KEST_FOR_AVX512 inline Vector Least(Vector a, Vector b) { return _mm512_min_epu16(a, b); }
 

@@ -25,6 +25,27 @@ KEST_FOR_SSE2 KEST_READS_PAST_END inline Vector LoadAligned(const unsigned short
   return _mm_load_si128(reinterpret_cast<const __m128i*>(s));
 }
 
+KEST_FOR_SSE2 inline Vector Broadcast(unsigned short unit) {
+  return _mm_set1_epi16(static_cast<short>(unit));
+}
+
+// 0 where the units are equal.
+KEST_FOR_SSE2 inline Vector Differences(Vector a, Vector b) { return _mm_xor_si128(a, b); }
+
+KEST_FOR_SSE2 inline Vector Either(Vector a, Vector b) { return _mm_or_si128(a, b); }
+
+// The units of a that b has too, 0 for the others.
+KEST_FOR_SSE2 inline Vector Common(Vector a, Vector b) {
+  return _mm_and_si128(a, _mm_cmpeq_epi16(a, b));
+}
+
+// In upper case. Letters become the smallest units that comparison with a sign knows.
+KEST_FOR_SSE2 inline Vector Upper(Vector v) {
+  const Vector moved = _mm_add_epi16(v, Broadcast(0x8000 - u'a'));
+  const Vector letters = _mm_cmplt_epi16(moved, Broadcast(0x8000 + 26));
+  return _mm_sub_epi16(v, _mm_and_si128(letters, Broadcast(u'a' - u'A')));
+}
+
 // The smaller unit of each pair.
 KEST_FOR_SSE2 inline Vector Least(Vector a, Vector b) {
   return _mm_sub_epi16(a, _mm_subs_epu16(a, b));

@@ -1,0 +1,95 @@
+// Comparing two texts. A file includes this after one of vector_LEVEL.h.
+
+#ifndef KEST_SRC_STRING_COMPARE_KERNEL_H
+#define KEST_SRC_STRING_COMPARE_KERNEL_H
+
+#include <algorithm>
+
+#include "string/place.h"
+#include "string/units.h"
+
+namespace KEST::KEST_KERNELS {
+
+struct SAsItIs {
+  static unsigned short Of(unsigned short unit) { return unit; }
+  KEST_FOR_KERNEL static Vector Of(Vector v) { return v; }
+};
+
+struct SUpper {
+  static unsigned short Of(unsigned short unit) { return UpperOf(unit); }
+  KEST_FOR_KERNEL static Vector Of(Vector v) { return Upper(v); }
+};
+
+// 0 where the texts stop: where they differ, or end.
+template <typename Fold>
+KEST_FOR_KERNEL KEST_READS_PAST_END inline Vector Going(const unsigned short* a,
+                                                        const unsigned short* b) {
+  return Common(Fold::Of(Load(a)), Fold::Of(Load(b)));
+}
+
+template <typename Fold>
+KEST_FOR_KERNEL KEST_READS_PAST_END inline bool StopsInTurn(const unsigned short* a,
+                                                            const unsigned short* b) {
+  const Vector first = Least(Going<Fold>(a, b), Going<Fold>(a + kVectorUnits, b + kVectorUnits));
+  a += 2 * kVectorUnits;
+  b += 2 * kVectorUnits;
+  const Vector second = Least(Going<Fold>(a, b), Going<Fold>(a + kVectorUnits, b + kVectorUnits));
+  return Zeros(Least(first, second)) != 0;
+}
+
+// Whether the units in front of a and b, and those behind index, can be read.
+inline bool CanReadBefore(const unsigned short* a, const unsigned short* b, size_t at,
+                          size_t units) {
+  return at >= units || std::min(BytesInto(kPageBytes, a + at), BytesInto(kPageBytes, b + at)) >=
+                            units * sizeof(unsigned short);
+}
+
+// The whole units at index and behind it that are in one page, in both texts.
+inline size_t UnitsInPages(const unsigned short* a, const unsigned short* b, size_t at) {
+  return std::min(UnitsToPageEnd(a + at), UnitsToPageEnd(b + at));
+}
+
+// at, moved over the turns in its pages in which the texts do not stop.
+template <typename Fold>
+KEST_FOR_KERNEL KEST_READS_PAST_END inline size_t BehindTurns(const unsigned short* a,
+                                                              const unsigned short* b, size_t at,
+                                                              size_t limit) {
+  constexpr size_t kTurnUnits = 4 * kVectorUnits;
+  size_t turns = std::min(UnitsInPages(a, b, at), limit - at) / kTurnUnits;
+  for (; turns > 0 && !StopsInTurn<Fold>(a + at, b + at); --turns) at += kTurnUnits;
+  return at;
+}
+
+// The index of the unit at which the texts stop, limit when that comes first. Nothing is read but
+// what shares a page with units up to there.
+template <typename Fold>
+KEST_FOR_KERNEL KEST_READS_PAST_END inline size_t FirstStop(const unsigned short* a,
+                                                            const unsigned short* b, size_t limit) {
+  for (size_t at = 0; at < limit;) {
+    const size_t rest = limit - at;
+    const size_t here = UnitsInPages(a, b, at);
+    const size_t back = kVectorUnits - here;
+    if (here >= kVectorUnits) {
+      unsigned int bits = Zeros(Going<Fold>(a + at, b + at));
+      if (rest < kVectorUnits) bits = OnlyFirst(bits, rest);
+      if (bits != 0) return at + FirstOf(bits);
+      if (rest <= kVectorUnits) return limit;
+      // From here on the vectors of a are aligned.
+      at = static_cast<size_t>(AlignedDown(a + at + kVectorUnits) - a);
+      at = BehindTurns<Fold>(a, b, at, limit);
+    } else if (here > 0 && CanReadBefore(a, b, at, back)) {
+      unsigned int bits = WithoutFirst(Zeros(Going<Fold>(a + at - back, b + at - back)), back);
+      if (rest < here) bits = OnlyFirst(bits, back + rest);
+      if (bits != 0) return at - back + FirstOf(bits);
+      at += std::min(here, rest);
+    } else {
+      if (Fold::Of(a[at]) != Fold::Of(b[at]) || a[at] == 0) return at;
+      ++at;
+    }
+  }
+  return limit;
+}
+
+}  // namespace KEST::KEST_KERNELS
+
+#endif  // KEST_SRC_STRING_COMPARE_KERNEL_H
