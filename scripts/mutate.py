@@ -9,7 +9,8 @@ Every operator, literal, condition, result and statement of src/ is changed in t
 compiled with the flags of build/m32 and linked with the other objects; then the tests of its folder run,
 the file's own ones first, until one fails: the mutant is killed. What m32 does not see, the file's own
 tests look at once more with the sanitizers of build/m32-asan. A mutant whose object code is the
-original's is the same program, and one that does not compile is none: neither counts.
+original's is the same program, and one that does not compile is none: neither counts. A file for one
+level of the processor is tested at that level, the others of its folder at the best and at none.
 
 --again       run the survivors of earlier runs again
 --minutes N   start no mutant after N minutes; whatever was done by then is an even sample
@@ -53,10 +54,21 @@ def stem(path):
     return os.path.basename(path).rsplit('.', 1)[0]
 
 
+def subject(source):
+    """The file's name without the level that it is for."""
+    return re.sub('_(plain|sse2|ssse3|avx2|avx512|sha)$', '', stem(source))
+
+
+def levels(source):
+    """The levels of the processor at which the file's code runs; an empty one is the machine's own."""
+    own = re.search('_(plain|sse2|ssse3|avx2)$', stem(source))
+    return [own[1]] if own else ['', 'plain'] if folder(source) in ('string', 'text', 'crypto') else ['']
+
+
 def folder(source):
     """Where under tests/ a source file is tested."""
-    subject = source.split('/')[1]
-    return PLATFORM.get(stem(source), 'thread') if subject == 'platform' else subject
+    area = source.split('/')[1]
+    return PLATFORM.get(stem(source), 'thread') if area == 'platform' else area
 
 
 def span(cursor):
@@ -185,7 +197,7 @@ class Build:
         """
         def rank(program):
             test = os.path.basename(program)
-            nearness = [test.startswith(stem(source)), test.startswith(stem(source).split('_')[0]),
+            nearness = [test.startswith(subject(source)), test.startswith(stem(source).split('_')[0]),
                         os.path.basename(os.path.dirname(program)) == folder(source), True]
             return nearness.index(True)
         found = {p for f in {folder(f) for f in [source, *users]}
@@ -236,12 +248,16 @@ class Build:
             same = same and open(objects[user], 'rb').read() == open(self.objects[user], 'rb').read()
         if same:
             return 'same', 'compiler'
-        if run([*self.link, '-o', os.path.join(slot, 'libKest.so.1'), *objects.values()], 120)[0] != 0:
-            return 'killed', 'linker'
-        for program in self.programs(mutant.file, users):
-            usual, ways = self.baseline[program]
-            if not self.passes(program, ways, slot, 3 + 4 * usual):
-                return 'killed', self.preset + '/' + os.path.basename(program)
+        for level in levels(mutant.file):
+            if level:
+                objects['src/cpu/level.cpp'] = os.path.join(
+                    self.path, f'CMakeFiles/kest_{level}_level.dir/src/cpu/level.cpp.o')
+            if run([*self.link, '-o', os.path.join(slot, 'libKest.so.1'), *objects.values()], 120)[0] != 0:
+                return 'killed', 'linker'
+            for program in self.programs(mutant.file, users):
+                usual, ways = self.baseline[program]
+                if not self.passes(program, ways, slot, 3 + 4 * usual):
+                    return 'killed', '/'.join(filter(None, [self.preset, level, os.path.basename(program)]))
         return 'survived', '-'
 
 
