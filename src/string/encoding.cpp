@@ -2,17 +2,21 @@
 
 #include <limits.h>
 
-#include <algorithm>
-
+#include "cpu/dispatch.h"
 #include "kest/string.h"
 #include "kest/text.h"
+#include "string/encoding_levels.h"
 
 namespace KEST {
 
 namespace {
 
-constexpr unsigned short kLastOfAscii = 0x7F;
-constexpr unsigned short kLastOfLatin1 = 0xFF;
+constexpr unsigned int kLastOfAscii = 0x7F;
+constexpr unsigned int kLastOfLatin1 = 0xFF;
+
+constexpr SVersions<unsigned int(const unsigned short*, int)> kBitsOfUnits = {
+    BitsOfUnitsPlain, BitsOfUnitsSse2, nullptr, BitsOfUnitsAvx2};
+constexpr TDispatch<kBitsOfUnits> BitsOfUnits;
 
 // 0 for more bytes than an int counts.
 int IntOf(unsigned int bytes) { return bytes <= INT_MAX ? static_cast<int>(bytes) : 0; }
@@ -30,13 +34,15 @@ int TBstr::GetEncodedByteLength(const unsigned short* encoding) const {
 }
 
 TBstr TBstr::GetBestEncoding() const {
-  const int length = GetLength();
-  unsigned short largest = 0;
-  for (int i = 0; i < length && largest <= kLastOfLatin1; ++i) {
-    largest = std::max(largest, string[i]);
-  }
-  if (largest > kLastOfLatin1) return TBstr(kUtf8Encoding);
-  return TBstr(largest > kLastOfAscii ? kLatin1Encoding : kAsciiEncoding);
+  const unsigned int bits = BitsOfUnits(string, GetLength());
+  if (bits > kLastOfLatin1) return TBstr(kUtf8Encoding);
+  return TBstr(bits > kLastOfAscii ? kLatin1Encoding : kAsciiEncoding);
+}
+
+unsigned int BitsOfUnitsPlain(const unsigned short* units, int count) {
+  unsigned int bits = 0;
+  for (int i = 0; i < count && bits <= kLastOfLatin1; ++i) bits |= units[i];
+  return bits;
 }
 
 }  // namespace KEST
