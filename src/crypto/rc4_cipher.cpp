@@ -10,6 +10,46 @@
 #include "crypto/wipe.h"
 #include "frame/layout.h"
 
+namespace {
+
+// Does the steps whose i, state[i] being *place, runs up to end, and works their keystream into
+// data. Takes and returns j.
+//
+// Where a swap goes is known late, and a load after it would have to wait in case that is the place
+// it reads. So the next two values are held here, and a swap that goes into one of their places
+// changes it here too.
+unsigned int DoSteps(unsigned char* state, unsigned char* place, const unsigned char* end,
+                     unsigned int j, unsigned char* data) {
+  if (end - place > 2) {
+    unsigned int x = place[0], next = place[1];
+    do {
+      unsigned int second = place[2];
+      j = (j + x) & 255;
+      unsigned char* const other = state + j;
+      const unsigned int y = *other;
+      *place = static_cast<unsigned char>(y);
+      *other = static_cast<unsigned char>(x);
+      *data++ ^= state[(x + y) & 255];
+      ++place;
+      if (other == place) {
+        next = x;
+      } else if (other == place + 1) {
+        second = x;
+      }
+      x = next;
+      next = second;
+    } while (end - place > 2);
+  }
+  for (; place != end; ++place) {
+    j = (j + *place) & 255;
+    std::swap(*place, state[j]);
+    *data++ ^= state[(*place + state[j]) & 255];
+  }
+  return j;
+}
+
+}  // namespace
+
 namespace KEST {
 
 KEST_SIZE_IS(TRc4Cipher, 528, 536);
@@ -22,9 +62,10 @@ TRc4Cipher::TRc4Cipher(TCipher::ECipherOp direction, const unsigned char* key, i
   KEST_FIELD_AT(TRc4Cipher, j, 524, 528);
   const int length = std::max(keyLength, 1);
   for (int n = 0; n < 256; ++n) keyState[n] = static_cast<unsigned char>(n);
-  for (int n = 0, other = 0; n < 256; ++n) {
-    other = (other + keyState[n] + key[n % length]) & 255;
+  for (int n = 0, other = 0, at = 0; n < 256; ++n) {
+    other = (other + keyState[n] + key[at]) & 255;
     std::swap(keyState[n], keyState[other]);
+    at = at + 1 < length ? at + 1 : 0;
   }
   TRc4Cipher::Reset();
 }
@@ -41,15 +82,14 @@ int TRc4Cipher::BerInit(const unsigned char*, int) { return 0; }
 int TRc4Cipher::BerDump(unsigned char*, int) { return 0; }
 
 void TRc4Cipher::ProcessStream(unsigned char* data, int len) {
-  unsigned int a = i, b = j;  // not the fields, which any store through data could change
-  for (int at = 0; at < len; ++at) {
-    a = (a + 1) & 255;
-    b = (b + state[a]) & 255;
-    std::swap(state[a], state[b]);
-    data[at] ^= state[(state[a] + state[b]) & 255];
+  while (len > 0) {
+    const unsigned int first = (i + 1) & 255;
+    const int count = std::min(len, 256 - static_cast<int>(first));
+    j = DoSteps(state, state + first, state + first + count, j, data);
+    i = first + static_cast<unsigned int>(count) - 1;
+    data += count;
+    len -= count;
   }
-  i = a;
-  j = b;
 }
 
 void TRc4Cipher::Reset() {

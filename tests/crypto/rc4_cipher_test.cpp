@@ -1,4 +1,5 @@
 #include "crypto/cipher_checks.h"
+#include "support/guarded_block.h"
 
 namespace {
 
@@ -272,6 +273,75 @@ TEST(Rc4Cipher, GoesOnOverManyRoundsOfTheIndex) {
   Bytes seen(2000);
   for (unsigned char& byte : seen) bytes.ProcessStream(&byte, 1);
   EXPECT_EQ(expected, seen);
+}
+
+// The cipher as it was first described, a byte at a time.
+struct SModel {
+  explicit SModel(const Bytes& key) : state(256) {
+    for (unsigned int n = 0; n < 256; ++n) state[n] = static_cast<unsigned char>(n);
+    for (unsigned int n = 0; n < 256; ++n) {
+      j = (j + state[n] + key[n % key.size()]) % 256;
+      std::swap(state[n], state[j]);
+    }
+    j = 0;
+  }
+  void Work(Bytes& data) {
+    for (unsigned char& byte : data) {
+      i = (i + 1) % 256;
+      j = (j + state[i]) % 256;
+      std::swap(state[i], state[j]);
+      byte ^= state[(state[i] + state[j]) % 256];
+    }
+  }
+  Bytes Fields() const {
+    Bytes bytes = state;
+    bytes.resize(256 + 8);
+    memcpy(bytes.data() + 256, &i, 4);
+    memcpy(bytes.data() + 260, &j, 4);
+    return bytes;
+  }
+
+  Bytes state;
+  unsigned int i = 0, j = 0;
+};
+
+// Pieces of any length, each up to a page that cannot be touched: swaps into every place ahead, in
+// runs that begin and end everywhere.
+TEST(Rc4Cipher, MatchesTheModelPieceByPiece) {
+  Random random;
+  SCOPED_TRACE(random.Seed());
+  for (int n = 0; n < 100; ++n) {
+    const Bytes key = random.Bytes(random.Between(1, 256));
+    TRc4Cipher cipher = Rc4(key);
+    SModel model(key);
+    for (int piece = 0; piece < 40; ++piece) {
+      Bytes data = random.Bytes(random.Between(0, piece % 4 == 0 ? 700 : 12));
+      const GuardedBlock<unsigned char> guarded(data);
+      cipher.ProcessStream(guarded.Get(), static_cast<int>(data.size()));
+      model.Work(data);
+      ASSERT_EQ(Hex(data), Hex(guarded.Content())) << "case " << n << ", piece " << piece;
+      ASSERT_EQ(Hex(model.Fields()), Hex(StateOf(cipher, 256, 256 + 8))) << "case " << n;
+    }
+  }
+}
+
+// Every j with every i: the first swap goes into each place, those right ahead included.
+TEST(Rc4Cipher, MatchesTheModelFromEveryPlace) {
+  for (unsigned int i = 0; i < 256; ++i) {
+    for (unsigned int j = 0; j < 256; ++j) {
+      SModel model(kKey);
+      model.i = i;
+      model.j = j;
+      TRc4Cipher cipher = Rc4(kKey);
+      memcpy(reinterpret_cast<unsigned char*>(&cipher) + kFieldsAt + 512, &i, 4);
+      memcpy(reinterpret_cast<unsigned char*>(&cipher) + kFieldsAt + 516, &j, 4);
+      Bytes data(9), expected(9);
+      cipher.ProcessStream(data.data(), 9);
+      model.Work(expected);
+      ASSERT_EQ(expected, data) << i << ", " << j;
+      ASSERT_EQ(model.Fields(), StateOf(cipher, 256, 256 + 8)) << i << ", " << j;
+    }
+  }
 }
 
 TEST(Rc4Cipher, FinalStartsTheKeystreamAnew) {
