@@ -10,6 +10,7 @@
 #include <glob.h>
 #include <link.h>
 #include <pthread.h>
+#include <sched.h>
 #include <semaphore.h>
 #include <stdio.h>
 #include <stdlib.h>
@@ -76,6 +77,7 @@ constexpr Way kWays[] = {
     {"pthread_cond_signal", "", EINVAL},
     {"pthread_cond_destroy", "", EBUSY},
     {"sem_wait", "", EINTR},
+    {"sched_getaffinity", "", EINVAL},
     {"select", "", EINTR},
     {"uname", "", EFAULT},
     {"gettimeofday", "", EOVERFLOW},
@@ -326,6 +328,8 @@ TAKES(kSemaphores, int, sem_init, (sem_t * semaphore, int shared, unsigned int v
 GIVES_BACK(kSemaphores, int, sem_destroy, (sem_t * semaphore), (semaphore), -1)
 REFUSABLE(int, sem_wait, (sem_t * semaphore), (semaphore), -1)
 
+REFUSABLE(int, sched_getaffinity, (pid_t thread, size_t size, cpu_set_t* cores),
+          (thread, size, cores), -1)
 REFUSABLE(int, select,
           (int count, fd_set* readers, fd_set* writers, fd_set* exceptions, timeval* timeout),
           (count, readers, writers, exceptions, timeout), -1)

@@ -144,13 +144,15 @@ std::string SignalCondition() {
 
 // While it lives, whoever begins to wait for a condition has another thread call wake, which gets
 // the lock when the waiter has given it up. From then on nothing is refused. Where something has
-// been refused before, nobody wakes: the wait has to end by itself.
+// been refused before, nobody wakes: the wait has to end by itself. How many cores there are is
+// none of its concern.
 class Waker {
  public:
   explicit Waker(void (*wake)()) {
     s_wake = wake;
     TheRefusals().beforeWait = [] {
-      if (TheRefusals().refused != 0 && TheRefusals().on) return;
+      const bool concerned = TheRefusals().way != WayOf("sched_getaffinity");
+      if (TheRefusals().refused != 0 && TheRefusals().on && concerned) return;
       TheRefusals().on = false;
       TheRefusals().beforeWait = nullptr;
       s_thread = std::thread(s_wake);
@@ -328,7 +330,9 @@ std::vector<Scenario> ThreadScenarios() {
       {"WaitForMessage",
        WaitForMessage,
        "true",
-       {{"pthread_cond_wait", "false"}, {"pthread_mutex_lock", kPlainMutex}}},
+       {{"pthread_cond_wait", "false"},
+        {"pthread_mutex_lock", kPlainMutex},
+        {"sched_getaffinity", "true"}}},
   };
 }
 

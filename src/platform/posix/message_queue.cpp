@@ -1,44 +1,117 @@
 // The message queue. It is a platform function because a platform with a message queue of its own
 // would use that one; POSIX has none that a host's loop could share, so here it is a list and a
 // condition. A handle is an SMessageQueue, and null only where that is said.
+//
+// With the default hooks messages go through a lane, which uses its memory again. With a client's
+// hooks each one takes a record and its share of a block of ten list nodes, and an empty list holds
+// no memory. The hooks may change under a queue: what is on the lane is older than what is on the
+// list.
 
+#include <stddef.h>
+
+#include <algorithm>
+#include <atomic>
+#include <memory>
+
+#include "collections/node_pool.h"
+#include "frame/default_hooks.h"
 #include "frame/layout.h"
 #include "frame/object.h"
-#include "kest/collections.h"
 #include "kest/message.h"
 #include "kest/thread.h"
+#include "platform/posix/cores.h"
+#include "platform/posix/message_lane.h"
 
 namespace {
 
-struct SMessage {
-  unsigned int id;
-  void* param1;
-  void* param2;
-};
+using KEST::SMessage;
+using KEST::SPlex;
+using KEST::TMessageLane;
+using SNode = KEST::TPtrList::SNode;
+
+constexpr int kNodesPerBlock = 10;
 KEST_SIZE_IS(SMessage, 12, 24);
 
+// The nodes of a list that are not in use, and the blocks that all of them lie in.
+struct SNodes {
+  SNode* free = nullptr;
+  SPlex* blocks = nullptr;
+};
+
 struct SMessageQueue {
-  KEST::TPtrList messages{10};  // of SMessage, the oldest at the head
-  KEST::TCondVar signal;        // its mutex guards messages
+  SNode* oldest = nullptr;  // the list, of SMessage
+  SNode* newest = nullptr;
+  std::atomic<int> count{0};  // messages on the list
+  SNodes nodes;
+  TMessageLane* lane = nullptr;  // of a queue that was created with the default hooks
+  KEST::TCondVar signal;         // its mutex guards the list and the posters' end of the lane
   void (*availableCallback)(void*) = nullptr;
   void* availableData = nullptr;
 };
 KEST_SIZE_IS(SMessageQueue, 104, 152);
-KEST_FIELD_AT(SMessageQueue, messages, 0, 0);
 KEST_FIELD_AT(SMessageQueue, signal, 24, 48);
 KEST_FIELD_AT(SMessageQueue, availableCallback, 96, 136);
 KEST_FIELD_AT(SMessageQueue, availableData, 100, 144);
 
+// A queue with its lane. Posting writes to the lock, which therefore begins a cache line: taking
+// reads what lies before and behind it.
+struct SQueueWithLane {
+  TMessageLane lane;
+  char gap[KEST::kCacheLine - offsetof(SMessageQueue, signal)];
+  SMessageQueue queue;
+  void* block = nullptr;  // that all this lies in
+};
+constexpr size_t kQueueAt = offsetof(SQueueWithLane, queue);
+static_assert((kQueueAt + offsetof(SMessageQueue, signal)) % KEST::kCacheLine == 0);
+
+SQueueWithLane* WithLane(SMessageQueue* queue) {
+  return reinterpret_cast<SQueueWithLane*>(reinterpret_cast<char*>(queue) - kQueueAt);
+}
+
+SMessageQueue* CreateQueueWithLane() {
+  size_t space = sizeof(SQueueWithLane) + KEST::kCacheLine;
+  void* const block = KestMemAlloc(static_cast<unsigned int>(space));
+  if (block == nullptr) return nullptr;
+  void* aligned = block;
+  std::align(KEST::kCacheLine, sizeof(SQueueWithLane), aligned, space);
+  ::new (aligned) SQueueWithLane;
+  SQueueWithLane* const self = static_cast<SQueueWithLane*>(aligned);
+  self->block = block;
+  self->queue.lane = &self->lane;
+  if (self->lane.Init()) return &self->queue;
+  KestMemFree(block);
+  return nullptr;
+}
+
+void FreeQueue(SMessageQueue* queue) {
+  if (queue->lane == nullptr) {
+    KEST::DestroyObject(queue);
+    return;
+  }
+  void* const block = WithLane(queue)->block;
+  WithLane(queue)->~SQueueWithLane();
+  KestMemFree(block);
+}
+
 SMessageQueue* ToQueue(void* queue) { return static_cast<SMessageQueue*>(queue); }
 
-// Null when there is none.
-SMessage* TakeOldest(SMessageQueue* queue) {
-  return static_cast<SMessage*>(queue->messages.RemoveHead());
+// Changes under the lock; without it, a hint.
+bool IsListEmpty(const SMessageQueue* queue) {
+  return queue->count.load(std::memory_order_relaxed) == 0;
+}
+
+void AddToCount(SMessageQueue* queue, int difference) {
+  queue->count.store(queue->count.load(std::memory_order_relaxed) + difference,
+                     std::memory_order_relaxed);
+}
+
+auto AvailableCallback(const SMessageQueue* queue) {
+  return __atomic_load_n(&queue->availableCallback, __ATOMIC_ACQUIRE);
 }
 
 // Tells the consumer that the queue is no longer empty. The lock is held.
 void Announce(SMessageQueue* queue) {
-  void (*const callback)(void*) = __atomic_load_n(&queue->availableCallback, __ATOMIC_ACQUIRE);
+  void (*const callback)(void*) = AvailableCallback(queue);
   if (callback == nullptr) {
     queue->signal.Signal();
   } else {
@@ -46,51 +119,231 @@ void Announce(SMessageQueue* queue) {
   }
 }
 
+// ---- The list. The lock is held.
+
+void AddNodes(SNodes& nodes) { KEST::AddBlock(nodes.free, nodes.blocks, kNodesPerBlock); }
+
+// Nodes from one block, or none.
+void GiveNodes(SNodes& nodes, const SNodes& block) {
+  if (block.blocks == nullptr) return;
+  SNode** end = &nodes.free;
+  while (*end != nullptr) end = &(*end)->next;
+  *end = block.free;
+  block.blocks->next = nodes.blocks;
+  nodes.blocks = block.blocks;
+}
+
+void Append(SMessageQueue* queue, SMessage* message) {
+  SNode* const node = queue->nodes.free;
+  queue->nodes.free = node->next;
+  *node = {nullptr, nullptr, message};
+  (IsListEmpty(queue) ? queue->oldest : queue->newest->next) = node;
+  queue->newest = node;
+  AddToCount(queue, 1);
+}
+
+// Null when there is none. emptied gets the nodes of a list that is now empty: freeing them can
+// wait until the lock has been given back.
+SMessage* RemoveOldest(SMessageQueue* queue, SPlex*& emptied) {
+  if (IsListEmpty(queue)) return nullptr;
+  SNode* const node = queue->oldest;
+  queue->oldest = node->next;
+  KEST::ReturnNode(queue->nodes.free, node);
+  AddToCount(queue, -1);
+  if (IsListEmpty(queue)) {
+    emptied = queue->nodes.blocks;
+    queue->nodes = SNodes();
+  }
+  return static_cast<SMessage*>(node->data);
+}
+
+// ---- Posting
+
+// False when older messages are on the list, or without memory, which added tells apart.
+bool PostToLane(SMessageQueue* queue, const SMessage& message, bool& added) {
+  queue->signal.Lock();
+  const bool inOrder = IsListEmpty(queue);
+  if (inOrder) {
+    const bool wasEmpty = queue->lane->IsEmpty();
+    added = queue->lane->Post(message);
+    // Only the first message is announced, on purpose: the consumer drains before it waits again.
+    if (added && wasEmpty) Announce(queue);
+  }
+  queue->signal.Unlock();
+  return inOrder;
+}
+
+bool PostToList(SMessageQueue* queue, SMessage* message) {
+  // An empty list has no nodes. They are taken before the lock, which the consumer may want.
+  SNodes fresh;
+  const bool first = IsListEmpty(queue);
+  if (first) AddNodes(fresh);
+  queue->signal.Lock();
+  GiveNodes(queue->nodes, fresh);
+  if (!first && queue->nodes.free == nullptr) AddNodes(queue->nodes);
+  const bool added = queue->nodes.free != nullptr;
+  if (added) {
+    const bool wasEmpty = IsListEmpty(queue) && (queue->lane == nullptr || queue->lane->IsEmpty());
+    Append(queue, message);
+    if (wasEmpty) Announce(queue);
+  }
+  queue->signal.Unlock();
+  return added;
+}
+
+// ---- Taking
+
+// What a taken message leaves, to be freed when the lock has been given back.
+struct SLeft {
+  SMessage* record = nullptr;
+  SPlex* nodes = nullptr;
+};
+
+// The lock is held.
+bool TakeLocked(SMessageQueue* queue, SMessage& message, SLeft& left) {
+  if (queue->lane != nullptr && queue->lane->Take(message)) return true;
+  left.record = RemoveOldest(queue, left.nodes);
+  if (left.record == nullptr) return false;
+  message = *left.record;
+  return true;
+}
+
+void UnlockAndFree(SMessageQueue* queue, const SLeft& left) {
+  queue->signal.Unlock();
+  if (left.nodes != nullptr) left.nodes->FreeDataChain();
+  KEST::DestroyObject(left.record);
+}
+
+// Takes the oldest message if there is one, without the lock where that is possible. With a
+// callback it is not: that has to have run before others see the message that it announces.
+bool TakeNow(SMessageQueue* queue, SMessage& message) {
+  if (AvailableCallback(queue) == nullptr) {
+    if (queue->lane != nullptr && queue->lane->Take(message)) return true;
+    if (IsListEmpty(queue)) return false;
+  }
+  SLeft left;
+  queue->signal.Lock();
+  const bool taken = TakeLocked(queue, message, left);
+  UnlockAndFree(queue, left);
+  return taken;
+}
+
+// Once, not in a loop: a wake-up without a message ends the call.
+bool TakeOrSleep(SMessageQueue* queue, SMessage& message) {
+  SLeft left;
+  queue->signal.Lock();
+  bool taken = TakeLocked(queue, message, left);
+  if (!taken) {
+    queue->signal.Wait(-1);
+    taken = TakeLocked(queue, message, left);
+  }
+  UnlockAndFree(queue, left);
+  return taken;
+}
+
+// ---- Looking
+
+// A consumer that finds the queue empty looks at it for a while before it sleeps: a message that
+// another core is about to post comes sooner than a wake-up. It looks as often as it has paid of
+// late, and now and then in full all the same.
+constexpr int kMostLooks = 256;
+constexpr int kFewestLooks = 4;
+constexpr unsigned int kWaitsPerFullLook = 16;
+
+// When messages come in a stream, a consumer that looks at once takes each from under the poster's
+// hands, and both wait for the memory between them. Then it rests first, so that several come
+// together. Now and then it tries whether they do.
+constexpr int kPausesPerRest = 16;
+constexpr unsigned int kWaitsPerRest = 32;
+constexpr unsigned int kStream = 4;
+
+// What a thread that takes messages has found of late.
+struct SConsumer {
+  int looks;  // for the next wait; below 0 before the first one
+  bool rested;
+  unsigned int waits;
+  unsigned int taken;  // messages since the last wait began
+};
+
+// In the static thread block, because the general model may allocate on first use and has no result
+// for a failure.
+thread_local SConsumer t_consumer __attribute__((tls_model("initial-exec"))) = {-1, false, 0, 0};
+
+void Rest() {
+  for (int i = 0; i < kPausesPerRest; ++i) KEST::Pause();
+}
+
+// How often the next wait looks, after one that has looked in vain. A thread that has one core must
+// not: whatever it waits for needs that core.
+int LooksAfterFailure(const SConsumer& consumer) {
+  if (!KEST::HasSeveralCores()) return 0;
+  if (consumer.waits % kWaitsPerFullLook == 0) return kMostLooks;
+  return std::max(consumer.looks / 2, kFewestLooks);
+}
+
+bool Look(SMessageQueue* queue, SMessage& message) {
+  SConsumer& self = t_consumer;
+  ++self.waits;
+  if (self.looks < 0) self.looks = KEST::HasSeveralCores() ? kMostLooks : 0;
+  self.rested = self.rested ? self.taken >= kStream : self.waits % kWaitsPerRest == 0;
+  self.taken = 0;
+  if (AvailableCallback(queue) != nullptr) return false;
+  if (self.rested && self.looks > 0) Rest();
+  for (int i = 0; i < self.looks; ++i) {
+    if (TakeNow(queue, message)) {
+      self.looks = kMostLooks;
+      return true;
+    }
+    KEST::Pause();
+  }
+  self.looks = LooksAfterFailure(self);
+  return false;
+}
+
 }  // namespace
 
 namespace KEST {
 
 void* InternalCreateMessageQueue() {
-  SMessageQueue* const queue = CreateObject<SMessageQueue>();
+  SMessageQueue* const queue =
+      UsesDefaultHooks() ? CreateQueueWithLane() : CreateObject<SMessageQueue>();
   if (queue == nullptr || queue->signal.Init() == 0) return queue;
-  DestroyObject(queue);
+  FreeQueue(queue);
   return nullptr;
 }
 
 void InternalDestroyMessageQueue(void* queue) {
   SMessageQueue* const self = ToQueue(queue);
   if (self == nullptr) return;
-  while (SMessage* message = TakeOldest(self)) DestroyObject(message);
+  SPlex* nodes = nullptr;
+  while (SMessage* message = RemoveOldest(self, nodes)) DestroyObject(message);
+  if (nodes != nullptr) nodes->FreeDataChain();
   self->signal.Term();
-  DestroyObject(self);
+  FreeQueue(self);
 }
 
 bool InternalPostMessage(void* queue, unsigned int id, void* param1, void* param2) {
   SMessageQueue* const self = ToQueue(queue);
-  SMessage* const message = CreateObject<SMessage>(SMessage{id, param1, param2});
-  if (message == nullptr) return false;
-  self->signal.Lock();
-  const bool wasEmpty = self->messages.IsEmpty();
-  const bool added = self->messages.AddTail(message) != nullptr;
-  // Only the first message is announced, on purpose: the consumer drains before it waits again.
-  if (added && wasEmpty) Announce(self);
-  self->signal.Unlock();
-  if (!added) DestroyObject(message);
+  const SMessage message = {id, param1, param2};
+  bool added;
+  if (self->lane != nullptr && UsesDefaultHooks() && PostToLane(self, message, added)) return added;
+  SMessage* const record = CreateObject<SMessage>(message);
+  if (record == nullptr) return false;
+  added = PostToList(self, record);
+  if (!added) DestroyObject(record);
   return added;
 }
 
 bool InternalGetMessage(void* queue, unsigned int& id, void*& param1, void*& param2, bool wait) {
   SMessageQueue* const self = ToQueue(queue);
-  self->signal.Lock();
-  // Once, not in a loop: a wake-up without a message ends the call.
-  if (wait && self->messages.IsEmpty()) self->signal.Wait(-1);
-  SMessage* const message = TakeOldest(self);
-  self->signal.Unlock();
-  if (message == nullptr) return false;
-  id = message->id;
-  param1 = message->param1;
-  param2 = message->param2;
-  DestroyObject(message);
+  SMessage message;
+  const bool taken =
+      TakeNow(self, message) || (wait && (Look(self, message) || TakeOrSleep(self, message)));
+  if (!taken) return false;
+  ++t_consumer.taken;
+  id = message.id;
+  param1 = message.param1;
+  param2 = message.param2;
   return true;
 }
 
