@@ -2,10 +2,13 @@
 
 #include "kest/digest.h"
 
-#include <stddef.h>
+#include <string.h>
 
+#include "crypto/padding.h"
+#include "crypto/transforms.h"
 #include "crypto/wipe.h"
 #include "frame/layout.h"
+#include "frame/own_slot.h"
 
 namespace {
 
@@ -17,6 +20,71 @@ constexpr int kOuterPad = 0x5c;
 
 // RFC 2104 would have longer keys digested first; here they are refused, on purpose.
 bool IsKeyLength(int length) { return length >= 0 && length <= kBlockSize; }
+
+// One of the library's own digests from inside.
+struct SOwnDigest {
+  KEST::TransformBlocks* blocks;
+  KEST::TransformPair* pair;
+  void (*storeBits)(unsigned char* bits, const unsigned int* bitCount);
+  void (*storeWords)(unsigned char* bytes, const unsigned int* words, int count);
+  int words;
+};
+constexpr SOwnDigest kMd4 = {KEST::Md4Blocks, KEST::Md4Pair, KEST::SLowFirst::StoreBits,
+                             KEST::SLowFirst::StoreWords, 4};
+constexpr SOwnDigest kMd5 = {KEST::Md5Blocks, KEST::Md5Pair, KEST::SLowFirst::StoreBits,
+                             KEST::SLowFirst::StoreWords, 4};
+constexpr SOwnDigest kSha = {KEST::ShaBlocks, KEST::ShaPair, KEST::SHighFirst::StoreBits,
+                             KEST::SHighFirst::StoreWords, 5};
+
+// Whether digest does in everything what a plain Digest does.
+template <typename Digest>
+bool IsPlain(const KEST::TMessageDigest& digest) {
+  return KEST::IsOwn<&KEST::TMessageDigest::Transform, Digest>(digest) &&
+         KEST::IsOwn<&KEST::TMessageDigest::Finish, Digest>(digest) &&
+         KEST::IsOwn<&KEST::TMessageDigest::GetDigestSize, Digest>(digest);
+}
+
+// Null when a host's class has a part in it.
+const SOwnDigest* OwnDigest(const KEST::TMessageDigest& digest) {
+  if (IsPlain<KEST::TMd5Digest>(digest)) return &kMd5;
+  if (IsPlain<KEST::TShaDigest>(digest)) return &kSha;
+  return IsPlain<KEST::TMd4Digest>(digest) ? &kMd4 : nullptr;
+}
+
+// The way to the fields of any digest.
+class TFields : public KEST::TMessageDigest {
+ public:
+  static unsigned int (&State(KEST::TMessageDigest& digest))[5] {
+    return digest.*(&TFields::state);
+  }
+  static unsigned int (&BitCount(KEST::TMessageDigest& digest))[2] {
+    return digest.*(&TFields::bitCount);
+  }
+  static unsigned char (&Buffer(KEST::TMessageDigest& digest))[kBlockSize] {
+    return digest.*(&TFields::buffer);
+  }
+};
+
+// digest.Finish(mac, 0), whose result is returned, and digest.Update(outerKey, 64). The last block
+// of the one message and the first of the other, which do not depend on each other, are worked in
+// side by side. The buffer is left for what completes the block.
+int FinishAndStartOuter(const SOwnDigest& own, KEST::TMessageDigest& digest, unsigned char* mac,
+                        const unsigned char* outerKey) {
+  auto& state = TFields::State(digest);
+  auto& bitCount = TFields::BitCount(digest);
+  auto& buffer = TFields::Buffer(digest);
+  unsigned char bits[8];
+  own.storeBits(bits, bitCount);
+  KEST::PadLastBlock(own.blocks, state, buffer, bitCount[0], bits);
+  unsigned int inner[5];
+  memcpy(inner, state, sizeof(inner));
+  digest.Reset();
+  own.pair(inner, buffer, state, outerKey);
+  own.storeWords(mac, inner, own.words);
+  KEST::Wipe(inner, sizeof(inner));
+  bitCount[0] = 8 * kBlockSize;
+  return 4 * own.words;
+}
 
 }  // namespace
 
@@ -55,8 +123,13 @@ void THmac::Update(const unsigned char* data, int length) {
 // H(outer key, H(nothing)).
 int THmac::Finish(unsigned char* mac, int length) {
   if (digest == nullptr) return 0;
-  const int innerSize = digest->Finish(mac, length);
-  digest->Update(outerKey, kBlockSize);
+  int innerSize;
+  if (const SOwnDigest* const own = OwnDigest(*digest)) {
+    innerSize = FinishAndStartOuter(*own, *digest, mac, outerKey);
+  } else {
+    innerSize = digest->Finish(mac, length);
+    digest->Update(outerKey, kBlockSize);
+  }
   digest->Update(mac, innerSize);
   Reset();
   return digest->Finish(mac, length);

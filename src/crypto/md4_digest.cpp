@@ -57,4 +57,9 @@ void Md4Blocks(unsigned int* state, const unsigned char* blocks, size_t count) {
   MdxBlocks<SMd4>(state, blocks, count);
 }
 
+void Md4Pair(unsigned int* state, const unsigned char* block, unsigned int* otherState,
+             const unsigned char* otherBlock) {
+  MdxPair<SMd4>(state, block, otherState, otherBlock);
+}
+
 }  // namespace KEST

@@ -67,4 +67,9 @@ void Md5Blocks(unsigned int* state, const unsigned char* blocks, size_t count) {
   MdxBlocks<SMd5>(state, blocks, count);
 }
 
+void Md5Pair(unsigned int* state, const unsigned char* block, unsigned int* otherState,
+             const unsigned char* otherBlock) {
+  MdxPair<SMd5>(state, block, otherState, otherBlock);
+}
+
 }  // namespace KEST

@@ -3,7 +3,7 @@
 #include "kest/digest.h"
 
 #include "crypto/padding.h"
-#include "crypto/words.h"
+#include "crypto/transforms.h"
 #include "frame/layout.h"
 
 namespace KEST {
@@ -12,15 +12,15 @@ KEST_SIZE_IS(TMdXDigest, 96, 104);
 
 int TMdXDigest::Finish(unsigned char* digest, int) {
   unsigned char bits[8];
-  StoreLittleEndian(bits, bitCount[0]);
-  StoreLittleEndian(bits + 4, bitCount[1]);
+  SLowFirst::StoreBits(bits, bitCount);
   if (TransformBlocks* const transform = BlocksOf(*this)) {
-    FinishBlocks(transform, state, buffer, bitCount[0], bits);
+    PadLastBlock(transform, state, buffer, bitCount[0], bits);
+    transform(state, buffer, 1);
   } else {
     Update(kPadding, PaddingLength(bitCount[0]));
     Update(bits, sizeof(bits));
   }
-  for (int i = 0; i < 4; ++i) StoreLittleEndian(digest + 4 * i, state[i]);
+  SLowFirst::StoreWords(digest, state, 4);
   Reset();
   return GetDigestSize();
 }

@@ -41,6 +41,26 @@ void MdxBlocks(unsigned int* state, const unsigned char* blocks, size_t count) {
   }
 }
 
+// Their steps in turn.
+template <typename Algorithm, size_t... kEach>
+[[gnu::always_inline]] inline void DoStepsOfTwo(unsigned int (&v)[4], const unsigned char* block,
+                                                unsigned int (&otherV)[4],
+                                                const unsigned char* otherBlock,
+                                                std::index_sequence<kEach...>) {
+  ((Step<Algorithm, kEach>(v, block), Step<Algorithm, kEach>(otherV, otherBlock)), ...);
+}
+
+template <typename Algorithm>
+void MdxPair(unsigned int* state, const unsigned char* block, unsigned int* otherState,
+             const unsigned char* otherBlock) {
+  unsigned int v[4] = {state[0], state[1], state[2], state[3]};
+  unsigned int otherV[4] = {otherState[0], otherState[1], otherState[2], otherState[3]};
+  DoStepsOfTwo<Algorithm>(v, block, otherV, otherBlock,
+                          std::make_index_sequence<Algorithm::kSteps>());
+  for (int i = 0; i < 4; ++i) state[i] += v[i];
+  for (int i = 0; i < 4; ++i) otherState[i] += otherV[i];
+}
+
 }  // namespace KEST
 
 #endif  // KEST_SRC_CRYPTO_MDX_TRANSFORM_H

@@ -36,7 +36,7 @@ TransformBlocks* BlocksOf(const TMessageDigest& digest) {
 const unsigned char kPadding[64] = {0x80};
 
 // Leaves in buffer what Update would leave there.
-void FinishBlocks(TransformBlocks* transform, unsigned int* state, unsigned char* buffer,
+void PadLastBlock(TransformBlocks* transform, unsigned int* state, unsigned char* buffer,
                   unsigned int bitCountLow, const unsigned char (&bits)[8]) {
   constexpr size_t kBitsAt = kBlockSize - sizeof(bits);
   const size_t index = bitCountLow / 8 % kBlockSize;
@@ -46,7 +46,6 @@ void FinishBlocks(TransformBlocks* transform, unsigned int* state, unsigned char
     memset(buffer, 0, kBitsAt);
   }
   memcpy(buffer + kBitsAt, bits, sizeof(bits));
-  transform(state, buffer, 1);
 }
 
 KEST_SIZE_IS(TMessageDigest, 96, 104);

@@ -44,9 +44,19 @@ void ShaBlocksPlain(unsigned int* state, const unsigned char* blocks, size_t cou
   }
 }
 
-constexpr KEST::SVersions<KEST::TransformBlocks> kVersions = {
+// Without its own instructions SHA-1 keeps the processor busy with one block.
+void ShaPairPlain(unsigned int* state, const unsigned char* block, unsigned int* otherState,
+                  const unsigned char* otherBlock) {
+  KEST::ShaBlocks(state, block, 1);
+  KEST::ShaBlocks(otherState, otherBlock, 1);
+}
+
+constexpr KEST::SVersions<KEST::TransformBlocks> kBlocks = {
     ShaBlocksPlain, nullptr, KEST::ShaBlocksSsse3, nullptr, nullptr, KEST::ShaBlocksSha};
-constexpr KEST::TDispatch<kVersions> BestBlocks;
+constexpr KEST::TDispatch<kBlocks> BestBlocks;
+constexpr KEST::SVersions<KEST::TransformPair> kPair = {ShaPairPlain, nullptr, nullptr,
+                                                        nullptr,      nullptr, KEST::ShaPairSha};
+constexpr KEST::TDispatch<kPair> BestPair;
 
 }  // namespace
 
@@ -56,15 +66,15 @@ KEST_SIZE_IS(TShaDigest, 96, 104);
 
 int TShaDigest::Finish(unsigned char* digest, int) {
   unsigned char bits[8];
-  StoreBigEndian(bits, bitCount[1]);
-  StoreBigEndian(bits + 4, bitCount[0]);
+  SHighFirst::StoreBits(bits, bitCount);
   if (TransformBlocks* const transform = BlocksOf(*this)) {
-    FinishBlocks(transform, state, buffer, bitCount[0], bits);
+    PadLastBlock(transform, state, buffer, bitCount[0], bits);
+    transform(state, buffer, 1);
   } else {
     Update(kPadding, PaddingLength(bitCount[0]));
     Update(bits, sizeof(bits));
   }
-  for (int i = 0; i < 5; ++i) StoreBigEndian(digest + 4 * i, state[i]);
+  SHighFirst::StoreWords(digest, state, 5);
   Reset();
   return GetDigestSize();
 }
@@ -77,6 +87,11 @@ void TShaDigest::Transform(unsigned int* words, const unsigned char* block) {
 
 void ShaBlocks(unsigned int* state, const unsigned char* blocks, size_t count) {
   BestBlocks(state, blocks, count);
+}
+
+void ShaPair(unsigned int* state, const unsigned char* block, unsigned int* otherState,
+             const unsigned char* otherBlock) {
+  BestPair(state, block, otherState, otherBlock);
 }
 
 }  // namespace KEST

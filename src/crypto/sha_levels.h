@@ -8,6 +8,7 @@
 namespace KEST {
 
 TransformBlocks ShaBlocksSsse3, ShaBlocksSha;
+TransformPair ShaPairSha;
 
 }  // namespace KEST
 

@@ -367,6 +367,84 @@ TEST(Hmac, ACopySharesTheDigest) {
             Hex(FinishedBytes(assigned, digest)));
 }
 
+// The same code and the same fields of the digest, whether it does its blocks at once or gets them
+// one by one.
+template <typename Digest>
+void BlocksAtOnceLeaveWhatBlocksOneByOneLeave() {
+  Random random;
+  SCOPED_TRACE(random.Seed());
+  kest_test::TShown<Digest> atOnce;
+  kest_test::TNoted<Digest> oneByOne;
+  for (int n = 0; n < 300; ++n) {
+    const Bytes key = random.Bytes(random.Between(0, 64));
+    THmac fast(atOnce, key.data(), LengthOf(key)), slow(oneByOne, key.data(), LengthOf(key));
+    for (int messages = 0; messages < 2; ++messages) {
+      for (int pieces = random.Between(0, 3); pieces > 0; --pieces) {
+        const Bytes piece = random.Bytes(random.Between(0, n % 2 == 0 ? 300 : 70));
+        Feed(fast, piece);
+        Feed(slow, piece);
+        ASSERT_EQ(oneByOne.Fields(), atOnce.Fields()) << "case " << n;
+      }
+      ASSERT_EQ(Hex(FinishedBytes(slow, oneByOne)), Hex(FinishedBytes(fast, atOnce))) << n;
+      ASSERT_EQ(oneByOne.Fields(), atOnce.Fields()) << "case " << n;
+    }
+  }
+}
+
+TEST(Hmac, BlocksAtOnceLeaveWhatBlocksOneByOneLeave) {
+  BlocksAtOnceLeaveWhatBlocksOneByOneLeave<TMd4Digest>();
+  BlocksAtOnceLeaveWhatBlocksOneByOneLeave<TMd5Digest>();
+  BlocksAtOnceLeaveWhatBlocksOneByOneLeave<TShaDigest>();
+}
+
+// Messages of every length: one last block or two.
+TEST(Hmac, MatchesTheModelForEveryLength) {
+  for (int length = 0; length <= 200; ++length) {
+    const Bytes key = Pattern(length % 65), message = Pattern(length);
+    ASSERT_EQ(Hex(Model<TMd4Digest>(key, message)), Hex(MacOf<TMd4Digest>(key, message)));
+    ASSERT_EQ(Hex(Model<TMd5Digest>(key, message)), Hex(MacOf<TMd5Digest>(key, message)));
+    ASSERT_EQ(Hex(Model<TShaDigest>(key, message)), Hex(MacOf<TShaDigest>(key, message)));
+  }
+}
+
+// A host's class with the library's Transform and a Finish of its own, which passes the call on.
+class TOwnFinish : public TMd5Digest {
+ public:
+  int Finish(unsigned char* digest, int length) override {
+    lengths.push_back(length);
+    return TMd5Digest::Finish(digest, length);
+  }
+  std::vector<int> lengths;
+};
+
+// And one that says that its digest is shorter than what Finish writes.
+class TShortDigest : public TMd5Digest {
+ public:
+  int GetDigestSize() const override { return 9; }
+};
+
+TEST(Hmac, CallsAFinishOfTheHosts) {
+  TOwnFinish digest;
+  THmac hmac(digest, Pattern(20).data(), 20);
+  Feed(hmac, Pattern(70));
+  unsigned char mac[16];
+  EXPECT_EQ(16, hmac.Finish(mac, -3));
+  EXPECT_EQ((std::vector<int>{-3, -3}), digest.lengths);
+  EXPECT_EQ(Hex(Model<TMd5Digest>(Pattern(20), Pattern(70))), Hex(mac, sizeof(mac)));
+}
+
+TEST(Hmac, AsksADigestOfTheHostsForItsSize) {
+  TShortDigest digest;
+  THmac hmac(digest, Pattern(20).data(), 20);
+  Feed(hmac, Pattern(70));
+  unsigned char mac[16];
+  EXPECT_EQ(9, hmac.Finish(mac, 0));
+  Bytes inner = DigestOf<TMd5Digest>(Joined(PaddedKey(Pattern(20), 0x36), Pattern(70)));
+  inner.resize(9);
+  EXPECT_EQ(Hex(DigestOf<TMd5Digest>(Joined(PaddedKey(Pattern(20), 0x5c), inner))),
+            Hex(mac, sizeof(mac)));
+}
+
 // Offsets of the private fields are pinned beside the class; here is what they hold.
 TEST(Hmac, HoldsThePaddedKeys) {
   constexpr size_t kStarted = sizeof(void*), kInner = kStarted + 1, kOuter = kInner + 64;
