@@ -49,14 +49,18 @@ inline size_t UnitsInPages(const unsigned short* a, const unsigned short* b, siz
   return std::min(UnitsToPageEnd(a + at), UnitsToPageEnd(b + at));
 }
 
-// at, moved over the turns in its pages in which the texts do not stop.
+constexpr size_t kTurnUnits = 4 * kVectorUnits;
+
+// at, moved over the turns before end in which the texts do not stop.
 template <typename Fold>
 KEST_FOR_KERNEL KEST_READS_PAST_END inline size_t BehindTurns(const unsigned short* a,
                                                               const unsigned short* b, size_t at,
-                                                              size_t limit) {
-  constexpr size_t kTurnUnits = 4 * kVectorUnits;
-  size_t turns = std::min(UnitsInPages(a, b, at), limit - at) / kTurnUnits;
-  for (; turns > 0 && !StopsInTurn<Fold>(a + at, b + at); --turns) at += kTurnUnits;
+                                                              size_t end) {
+  if (end - at < kTurnUnits) return at;
+  // From here on the vectors of a are aligned; a few units are compared again.
+  at -= BytesInto(sizeof(Vector), a + at) / sizeof(unsigned short);
+  for (; end - at >= kTurnUnits && !StopsInTurn<Fold>(a + at, b + at); at += kTurnUnits) {
+  }
   return at;
 }
 
@@ -66,23 +70,27 @@ template <typename Fold>
 KEST_FOR_KERNEL KEST_READS_PAST_END inline size_t FirstStop(const unsigned short* a,
                                                             const unsigned short* b, size_t limit) {
   for (size_t at = 0; at < limit;) {
-    const size_t rest = limit - at;
-    const size_t here = UnitsInPages(a, b, at);
-    const size_t back = kVectorUnits - here;
-    if (here >= kVectorUnits) {
-      unsigned int bits = Zeros(Going<Fold>(a + at, b + at));
-      if (rest < kVectorUnits) bits = OnlyFirst(bits, rest);
+    const size_t end = at + std::min(UnitsInPages(a, b, at), limit - at);
+    // Most texts stop in the first vector; the turns go on to one that has a stop.
+    for (bool first = true; end - at >= kVectorUnits; first = false) {
+      const unsigned int bits = Zeros(Going<Fold>(a + at, b + at));
       if (bits != 0) return at + FirstOf(bits);
-      if (rest <= kVectorUnits) return limit;
-      // From here on the vectors of a are aligned.
-      at = static_cast<size_t>(AlignedDown(a + at + kVectorUnits) - a);
-      at = BehindTurns<Fold>(a, b, at, limit);
-    } else if (here > 0 && CanReadBefore(a, b, at, back)) {
-      unsigned int bits = WithoutFirst(Zeros(Going<Fold>(a + at - back, b + at - back)), back);
-      if (rest < here) bits = OnlyFirst(bits, back + rest);
+      at += kVectorUnits;
+      if (first) at = BehindTurns<Fold>(a, b, at, end);
+    }
+    const size_t rest = end - at;
+    const size_t back = kVectorUnits - rest;
+    if (rest > 0 && UnitsInPages(a, b, at) >= kVectorUnits) {
+      const unsigned int bits = OnlyFirst(Zeros(Going<Fold>(a + at, b + at)), rest);
+      return bits != 0 ? at + FirstOf(bits) : limit;
+    }
+    if (rest > 0 && CanReadBefore(a, b, at, back)) {
+      const unsigned int all = Zeros(Going<Fold>(a + at - back, b + at - back));
+      const unsigned int bits = WithoutFirst(all, back);
       if (bits != 0) return at - back + FirstOf(bits);
-      at += std::min(here, rest);
-    } else {
+      at = end;
+    } else if (at < limit) {
+      // Too near to the ends of both pages for any vector, or a unit in two pages.
       if (Fold::Of(a[at]) != Fold::Of(b[at]) || a[at] == 0) return at;
       ++at;
     }

@@ -22,7 +22,7 @@ inline bool CostsTooMuch(size_t vain, size_t moved) {
   return vain > kAtFirst && (vain - kAtFirst) / kPerUnit > moved;
 }
 
-// length is 2 or more. A search for two units never gives up.
+// The haystack is not empty, length is 2 or more. A search for two units never gives up.
 using FindUnitsRoutine = SFound(const unsigned short* haystack, const unsigned short* needle,
                                 size_t length);
 FindUnitsRoutine FindUnitsPlain, FindUnitsSse2, FindUnitsAvx2, FindUnitsAvx512;

@@ -10,6 +10,13 @@
 
 namespace KEST::KEST_KERNELS {
 
+// Apart, so that the registers are left to the search.
+[[gnu::noinline]] KEST_FOR_KERNEL KEST_READS_PAST_END inline size_t Common(const unsigned short* a,
+                                                                           const unsigned short* b,
+                                                                           size_t limit) {
+  return FirstStop<SAsItIs>(a, b, limit);
+}
+
 class TSearch {
  public:
   KEST_FOR_KERNEL TSearch(const unsigned short* haystack, const unsigned short* text, size_t length)
@@ -21,7 +28,7 @@ class TSearch {
 
   KEST_FOR_KERNEL KEST_READS_PAST_END SFound Run() {
     // What lies before the last unit of a place has no terminator, so that it can be read.
-    if (FirstStop<SAsItIs>(start, start, span) < span) return result;
+    if (span > 1 && Common(start + 1, start + 1, span - 1) < span - 1) return result;
     const unsigned short* p = start + span;
     if (UnitsToPageEnd(p) >= kVectorUnits) {
       if (Ends(Zeros(Marks(p)), p)) return result;
@@ -36,10 +43,9 @@ class TSearch {
       p += kVectorUnits;
     }
     for (;; p += 2 * kVectorUnits) {
-      const Vector a = Marks(p);
-      const Vector b = Marks(p + kVectorUnits);
-      if (Zeros(Least(a, b)) == 0) continue;
-      if (Ends(Zeros(a), p) || Ends(Zeros(b), p + kVectorUnits)) return result;
+      if (Zeros(Least(Marks(p), Marks(p + kVectorUnits))) == 0) continue;
+      if (Ends(Zeros(Marks(p)), p)) return result;
+      if (Ends(Zeros(Marks(p + kVectorUnits)), p + kVectorUnits)) return result;
     }
   }
 
@@ -53,7 +59,7 @@ class TSearch {
   // Whether the search ends at p, with the text or with the last unit of a place.
   KEST_FOR_KERNEL KEST_READS_PAST_END bool EndsAt(const unsigned short* p) {
     if (*p == 0) return true;
-    const size_t common = FirstStop<SAsItIs>(p - span, needle, span + 1);
+    const size_t common = Common(p - span, needle, span + 1);
     vain += common;
     if (common > span) result.place = p - span;
     return common > span;

@@ -2,6 +2,7 @@
 // nearest limit, with the sign applied afterwards.
 
 #include <limits.h>
+#include <stdint.h>
 
 #include "kest/string.h"
 #include "string/units.h"
@@ -30,14 +31,13 @@ unsigned int DigitValue(unsigned short ch) {
 // Adds the digits at s to number and flags; gives the unit that ends them.
 const unsigned short* ReadDigits(const unsigned short* s, unsigned int base, unsigned int* number,
                                  unsigned int* flags) {
-  const unsigned int limit = UINT_MAX / base;
-  const unsigned int lastDigit = UINT_MAX % base;
   for (;; ++s) {
     const unsigned int digit = DigitValue(*s);
     if (digit >= base) return s;
     *flags |= kDigitRead;
-    if (*number < limit || (*number == limit && digit <= lastDigit)) {
-      *number = *number * base + digit;
+    const uint64_t next = uint64_t{*number} * base + digit;
+    if (next <= UINT_MAX) {
+      *number = static_cast<unsigned int>(next);
     } else {
       *flags |= kOverflow;
     }
@@ -50,22 +50,10 @@ unsigned int Limited(unsigned int number, unsigned int flags) {
   return (flags & kOverflow) != 0 || number > largest ? largest : number;
 }
 
-}  // namespace
-
-namespace KEST {
-
-int ucstol(const unsigned short* s, unsigned short** end, int base) {
-  return static_cast<int>(ucstoxl(s, end, base, 0));
-}
-
-unsigned int ucstoul(const unsigned short* s, unsigned short** end, int base) {
-  return ucstoxl(s, end, base, kUnsigned);
-}
-
-unsigned int ucstoxl(const unsigned short* s, unsigned short** end, int base, unsigned int flags) {
+unsigned int Convert(const unsigned short* s, unsigned short** end, int base, unsigned int flags) {
   if (end != nullptr) *end = const_cast<unsigned short*>(s);
   if (base < 0 || base == 1 || base > kMaxBase) return 0;
-  const unsigned short* unit = OrEmpty(s);
+  const unsigned short* unit = KEST::OrEmpty(s);
   while (*unit == ' ') ++unit;
   if (*unit == '-') flags |= kNegative;
   if (*unit == '-' || *unit == '+') ++unit;
@@ -78,6 +66,39 @@ unsigned int ucstoxl(const unsigned short* s, unsigned short** end, int base, un
   if (end != nullptr) *end = const_cast<unsigned short*>(unit);
   number = Limited(number, flags);
   return (flags & kNegative) != 0 ? 0 - number : number;
+}
+
+// Decimal digits and nothing before them, so few that they are in range, are read right here.
+inline unsigned int ConvertQuickly(const unsigned short* s, unsigned short** end, int base,
+                                   unsigned int flags) {
+  constexpr int kSafeDigits = 9;
+  if (base != 10 || s == nullptr) return Convert(s, end, base, flags);
+  unsigned int number = 0;
+  int count = 0;
+  for (; count <= kSafeDigits; ++count) {
+    const unsigned int digit = s[count] - unsigned{'0'};
+    if (digit > 9) break;
+    number = number * 10 + digit;
+  }
+  if (count == 0 || count > kSafeDigits) return Convert(s, end, base, flags);
+  if (end != nullptr) *end = const_cast<unsigned short*>(s + count);
+  return number;
+}
+
+}  // namespace
+
+namespace KEST {
+
+int ucstol(const unsigned short* s, unsigned short** end, int base) {
+  return static_cast<int>(ConvertQuickly(s, end, base, 0));
+}
+
+unsigned int ucstoul(const unsigned short* s, unsigned short** end, int base) {
+  return ConvertQuickly(s, end, base, kUnsigned);
+}
+
+unsigned int ucstoxl(const unsigned short* s, unsigned short** end, int base, unsigned int flags) {
+  return Convert(s, end, base, flags);
 }
 
 }  // namespace KEST

@@ -160,6 +160,28 @@ TEST(UcsNumber, EveryUnitIsTheDigitThatItShouldBe) {
 }
 
 // Random digits in every base, against the C library with its result limited to 32 bits.
+// With what no decimal number goes on with behind the digits, and memory that ends with the text.
+TEST(UcsNumber, DecimalNumbersOfEveryLength) {
+  for (size_t count = 1; count <= 12; ++count) {
+    for (const char digit : {'0', '1', '9'}) {
+      const std::string digits(count, digit);
+      const unsigned long long expected = strtoull(digits.c_str(), nullptr, 10);
+      for (const char16_t behind : std::u16string(u"\0:/a-.\uFF11\u0130\u0661", 9)) {
+        std::u16string text(digits.begin(), digits.end());
+        text += behind;
+        if (behind != 0) text += u'\0';
+        const kest_test::GuardedUnits units(text);
+        unsigned short* end = nullptr;
+        ASSERT_EQ(std::min(expected, 2147483647ull),
+                  static_cast<unsigned int>(KEST::ucstol(units.Get(), &end, 10)));
+        ASSERT_EQ(units.Get() + count, end);
+        ASSERT_EQ(std::min(expected, 4294967295ull), KEST::ucstoul(units.Get(), &end, 10));
+        ASSERT_EQ(units.Get() + count, end);
+      }
+    }
+  }
+}
+
 TEST(UcsNumber, AgreesWithTheCLibraryOnDigits) {
   std::mt19937 random(20240613);
   for (int base = 2; base <= 36; ++base) {
