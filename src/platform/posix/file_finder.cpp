@@ -13,6 +13,8 @@
 
 namespace {
 
+using KEST::TBstr;
+
 // The paths that glob has found. next is the index of the first one not reported yet.
 struct SSearch {
   glob_t paths;
@@ -34,16 +36,31 @@ const char* NameOf(const char* path) {
   return separator != nullptr ? separator + 1 : path;
 }
 
+// In one block, without a copy in between: every entry found has a name to widen. Without memory it
+// is empty.
+TBstr Widen(const char* text) {
+  const int length = static_cast<int>(strlen(text));
+  TBstr wide;
+  unsigned short* const units = KestAllocStringLen(nullptr, static_cast<unsigned int>(length));
+  if (units != nullptr) KestMultibyteToUnicode(text, length, units, length);
+  wide.Attach(units);
+  return wide;
+}
+
 // kNone when there is no such entry any more. Links are described themselves, not what they point
 // to. The 64-bit call also reports entries whose size or inode number does not fit 32 bits.
 KEST::EFound Describe(const char* path, KEST::TFileInfo& info) {
   struct stat64 status;
   if (lstat64(path, &status) != 0) return KEST::EFound::kNone;
-  KEST::TBstr name(NameOf(path));
-  if (name.IsEmpty() && *NameOf(path) != 0) return KEST::EFound::kNoMemory;
-  info.Init(KEST::TBstr(), S_ISDIR(status.st_mode), status.st_size, status.st_ctime,
-            status.st_mtime, status.st_atime);
+  const char* const narrow = NameOf(path);
+  TBstr name = Widen(narrow);
+  if (name.IsEmpty() && *narrow != 0) return KEST::EFound::kNoMemory;
   info.name = std::move(name);
+  info.isDirectory = S_ISDIR(status.st_mode);
+  info.size = status.st_size;
+  info.creationTime = status.st_ctime;
+  info.lastWriteTime = status.st_mtime;
+  info.lastAccessTime = status.st_atime;
   return KEST::EFound::kEntry;
 }
 
