@@ -262,8 +262,9 @@ class KEST_API TConvertBuffer {
 // A string by value: one BSTR that it owns alone, and an 8-bit copy made on demand.
 //
 // True of all members:
-//   Size       The buffer is exactly as long as the text. Every change of length takes one new
-//              block and copies; text that grows in a loop is better assembled elsewhere.
+//   Size       The buffer is exactly as long as the text, and every change of length takes one new
+//              block and copies: text that grows in a loop is better assembled elsewhere. With the
+//              default hooks it grows in place where it can, and may have room to spare.
 //   Failure    A change that gets no memory leaves the string EMPTY, never half done. Only the
 //              members with a bool result tell; the others are followed by IsEmpty.
 //   Aliasing   Arguments may lie in the string's own text; they are taken as they were before.

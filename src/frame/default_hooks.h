@@ -5,10 +5,29 @@
 #ifndef KEST_SRC_FRAME_DEFAULT_HOOKS_H
 #define KEST_SRC_FRAME_DEFAULT_HOOKS_H
 
+#include <stddef.h>
+
+#include <atomic>
+
 namespace KEST {
 
 // Not locked, as the hooks are not: they are set before threads start and after they have ended.
-bool UsesDefaultHooks();
+extern bool usesDefaultHooks;
+inline bool UsesDefaultHooks() { return usesDefaultHooks; }
+
+// Releases a block that came from the default hooks, whichever are in force now.
+void FreeByDefault(void* block);
+
+// Tells the bytes that may be used of a block, which are those asked for or more.
+using RoomFunction = size_t(void* block);
+extern std::atomic<RoomFunction*> roomFunction;
+
+// The bytes that may be used of a block; 0 when that cannot be told, as with hooks of the client's.
+inline size_t BlockRoom(void* block) { return roomFunction.load(std::memory_order_relaxed)(block); }
+
+// The heap's own such function, where it is of one piece with the function that releases: a program
+// may bring a malloc and free of its own. Otherwise one that cannot tell.
+RoomFunction* InternalRoomFunction(void (*release)(void* block));
 
 }  // namespace KEST
 

@@ -4,6 +4,7 @@
 #include "kest/frame.h"
 #include "kest/message.h"
 #include "kest/thread.h"
+#include "string/bstr_block.h"
 
 namespace {
 
@@ -28,6 +29,7 @@ void StopAll() {
   KEST::TlsThreadTerm();
   KEST::TlsTerm();
   KEST::SyncTerm();
+  KEST::StopKeepingBlocks();
   KEST::MemTerm();
   KEST::PSTerm();
 }
@@ -43,6 +45,7 @@ int KestInitialize(KEST::SAllocator* allocator) {
     return 0;  // what has started stays started; each step tolerates the next attempt
   }
   KestAtomicIncrement(&s_initCount);
+  KEST::StartKeepingBlocks();
   return 1;
 }
 
@@ -50,6 +53,7 @@ void KestUninitialize(void) {
   if (InitCount() <= 0) return;
   if (KestAtomicDecrement(&s_initCount) >= 1) {
     KEST::TlsThreadTerm();
+    KEST::StopKeepingBlocks();
   } else {
     StopAll();
   }

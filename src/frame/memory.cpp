@@ -4,11 +4,22 @@
 
 #include <stdlib.h>
 
+#include <type_traits>
+
 namespace {
 
-void* DefaultAlloc(unsigned int size) { return malloc(size); }
-void* DefaultRealloc(void* block, unsigned int size) { return realloc(block, size); }
-void DefaultFree(void* block) { free(block); }
+// The C library's functions themselves where their sizes are unsigned int, which saves a call.
+template <typename Size>
+constexpr KEST::SAllocator DefaultHooks() {
+  if constexpr (std::is_same_v<Size, unsigned int>) {
+    void* (*const alloc)(Size) = malloc;
+    void* (*const resize)(void*, Size) = realloc;
+    return {alloc, resize, free};
+  } else {
+    return {[](unsigned int size) { return malloc(size); },
+            [](void* block, unsigned int size) { return realloc(block, size); }, free};
+  }
+}
 
 // The client's three hooks and two reserved words, which stay null.
 struct SHooks {
@@ -22,10 +33,19 @@ KEST_FIELD_AT(KEST::SAllocator, realloc, 4, 8);
 KEST_FIELD_AT(KEST::SAllocator, free, 8, 16);
 KEST_SIZE_IS(SHooks, 20, 40);
 
-constexpr SHooks kDefaults = {{DefaultAlloc, DefaultRealloc, DefaultFree}, {nullptr, nullptr}};
+constexpr SHooks kDefaults = {DefaultHooks<size_t>(), {nullptr, nullptr}};
 
 // Initialised statically: a module's entry function allocates before KestInitialize has run.
 SHooks s_current = kDefaults;
+
+size_t NoRoom(void*) { return 0; }
+
+// Stands in until it is asked for the first time. Threads that come together find the same.
+size_t FindRoom(void* block) {
+  KEST::RoomFunction* const found = KEST::InternalRoomFunction(kDefaults.hooks.free);
+  KEST::roomFunction.store(found, std::memory_order_relaxed);
+  return found(block);
+}
 
 }  // namespace
 
@@ -55,12 +75,21 @@ bool MemInit(SAllocator* allocator) {
   if (allocator != nullptr && allocator->alloc != nullptr && allocator->realloc != nullptr &&
       allocator->free != nullptr) {
     s_current.hooks = *allocator;
+    usesDefaultHooks = false;
+    roomFunction = NoRoom;
   }
   return true;
 }
 
-void MemTerm() { s_current = kDefaults; }
+void MemTerm() {
+  s_current = kDefaults;
+  usesDefaultHooks = true;
+  roomFunction = FindRoom;
+}
 
-bool UsesDefaultHooks() { return s_current.hooks.alloc == DefaultAlloc; }
+bool usesDefaultHooks = true;
+std::atomic<RoomFunction*> roomFunction{FindRoom};
+
+void FreeByDefault(void* block) { kDefaults.hooks.free(block); }
 
 }  // namespace KEST

@@ -1,55 +1,40 @@
 // The length-prefixed buffers (BSTRs) that carry the library's text.
 
-#include <string.h>
-
-#include "kest/frame.h"
 #include "kest/string.h"
-
-namespace {
-
-// A block is the prefix (the text's length in bytes), the units, and a zero unit; a BSTR is the
-// address of its first unit.
-constexpr unsigned int kPrefixSize = sizeof(unsigned int);
-constexpr unsigned int kUnitSize = sizeof(unsigned short);
-
-// The longest text whose block size fits 32 bits.
-constexpr unsigned int kMaxLength = 0x7FFFFFFC;
-
-char* BlockOf(unsigned short* bstr) { return reinterpret_cast<char*>(bstr) - kPrefixSize; }
-
-}  // namespace
+#include "string/bstr_block.h"
 
 extern "C" {
 
 unsigned short* KestAllocString(const unsigned short* s) {
-  return s != nullptr ? KestAllocStringLen(s, KEST::ucslen(s)) : nullptr;
+  return s != nullptr ? KEST::NewBstr(s, KEST::ucslen(s)) : nullptr;
 }
 
 unsigned short* KestAllocStringLen(const unsigned short* s, unsigned int length) {
-  if (length == 0 || length > kMaxLength) return nullptr;
-  const unsigned int size = length * kUnitSize;
-  void* block = KestMemAlloc(kPrefixSize + size + kUnitSize);
-  if (block == nullptr) return nullptr;
-  memcpy(block, &size, kPrefixSize);
-  auto* bstr = reinterpret_cast<unsigned short*>(static_cast<char*>(block) + kPrefixSize);
-  if (s != nullptr) memcpy(bstr, s, size);
-  bstr[length] = 0;
-  return bstr;
+  return KEST::NewBstr(s, length);
 }
 
-void KestFreeString(unsigned short* bstr) {
-  if (bstr != nullptr) KestMemFree(BlockOf(bstr));
-}
+void KestFreeString(unsigned short* bstr) { KEST::FreeBstr(bstr); }
 
-unsigned int KestStringLen(const unsigned short* bstr) {
-  if (bstr == nullptr) return 0;
-  unsigned int size;
-  memcpy(&size, reinterpret_cast<const char*>(bstr) - kPrefixSize, kPrefixSize);
-  return size >> 1;
-}
+unsigned int KestStringLen(const unsigned short* bstr) { return KEST::BstrLength(bstr); }
 
 unsigned int KestStringByteLen(const unsigned short* bstr) {
-  return KestStringLen(bstr) * kUnitSize;
+  return KEST::BstrLength(bstr) * KEST::kUnitSize;
 }
 
 }  // extern "C"
+
+namespace KEST {
+
+__thread SKeptBlocks t_kept __attribute__((tls_model("initial-exec"))) = {};
+
+void StartKeepingBlocks() { ++t_kept.starts; }
+
+void StopKeepingBlocks() {
+  if (t_kept.starts == 0 || --t_kept.starts != 0) return;
+  for (auto& kept : t_kept.classes) {
+    if (kept.size != 0) FreeByDefault(kept.block);
+    kept.size = 0;
+  }
+}
+
+}  // namespace KEST

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "frame/object.h"
+#include "string/bstr_block.h"
 #include "string/splice.h"
 
 namespace KEST {
@@ -12,11 +13,23 @@ namespace {
 // Runs of up to this many units are assembled on the stack.
 constexpr int kLocalUnits = 128;
 
+// False, and nothing done, when the block has no room.
+bool AppendInPlace(unsigned short* string, unsigned short ch) {
+  const unsigned int length = BstrLength(string);
+  if (string == nullptr || length >= kMaxBstrLength) return false;
+  void* const block = BlockOf(string);
+  if (BlockRoom(block) < BstrBlockSize(length + 1)) return false;
+  string[length] = ch;
+  MakeBstr(block, length + 1);
+  return true;
+}
+
 }  // namespace
 
 TBstr::TBstr() : string(nullptr), multibyte(nullptr) {}
 
-TBstr::TBstr(const TBstr& other) : TBstr() { InternalInit(other.string, other.GetLength()); }
+TBstr::TBstr(const TBstr& other)
+    : string(NewBstr(other.string, BstrLength(other.string))), multibyte(nullptr) {}
 
 TBstr::TBstr(unsigned short ch, int count) : TBstr() {
   if (ch == 0 || count < 0) return;
@@ -32,9 +45,11 @@ TBstr::TBstr(unsigned short ch, int count) : TBstr() {
   if (units != local) KestMemFree(units);
 }
 
-TBstr::TBstr(const unsigned short* s) : TBstr() { InternalInit(s, TextLength(s)); }
+TBstr::TBstr(const unsigned short* s) : TBstr(s, TextLength(s)) {}
 
-TBstr::TBstr(const unsigned short* s, int length) : TBstr() { InternalInit(s, length); }
+TBstr::TBstr(const unsigned short* s, int length)
+    : string(s != nullptr && length > 0 ? NewBstr(s, static_cast<unsigned int>(length)) : nullptr),
+      multibyte(nullptr) {}
 
 TBstr::TBstr(const char* s) : TBstr(s, -1) {}
 
@@ -70,7 +85,12 @@ TBstr& TBstr::Append(const TBstr& other) {
 }
 
 TBstr& TBstr::Append(unsigned short ch) {
-  if (ch != 0) InternalAppend(&ch, 1);
+  if (ch == 0) return *this;
+  Discard(multibyte);
+  if (!AppendInPlace(string, ch)) {
+    const unsigned short text[] = {ch};
+    AppendUnits(string, text, 1);
+  }
   return *this;
 }
 

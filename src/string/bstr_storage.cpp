@@ -2,10 +2,9 @@
 
 #include <limits.h>
 
-#include <algorithm>
-
 #include "frame/layout.h"
 #include "kest/frame.h"
+#include "string/bstr_block.h"
 #include "string/splice.h"
 #include "string/units.h"
 
@@ -20,11 +19,6 @@ constexpr char kEmptyMultibyte[] = "";
 // The longest text whose 8-bit copy, of 2 * length + 1 bytes, is counted in an int.
 constexpr int kMaxCachedLength = (INT_MAX - 1) / 2;
 
-void Discard(char*& multibyte) {
-  if (multibyte != nullptr) KestMemFree(multibyte);
-  multibyte = nullptr;
-}
-
 }  // namespace
 
 KEST_SIZE_IS(TBstr, 8, 16);
@@ -32,46 +26,41 @@ KEST_SIZE_IS(TBstr, 8, 16);
 TBstr::~TBstr() {
   KEST_FIELD_AT(TBstr, string, 0, 0);
   KEST_FIELD_AT(TBstr, multibyte, 4, 8);
-  DestroyMultibyteBuffer();
-  KestFreeString(string);
+  Discard(multibyte);
+  FreeBstr(string);
   string = nullptr;
 }
 
 bool TBstr::AdjustBuffer(int length, bool keep) {
-  const int oldLength = GetLength();
-  if (length == oldLength) return true;
-  unsigned short* fresh = nullptr;
-  if (length >= 1) {
-    fresh = KestAllocStringLen(nullptr, static_cast<unsigned int>(length));
-    if (fresh != nullptr && keep) {
-      MoveUnits(fresh, string, static_cast<size_t>(std::min(oldLength, length)));
-    }
-  }
+  if (length == Length(string)) return true;
+  if (length >= 1 && keep) return Resize(string, length);
+  unsigned short* fresh = length >= 1 ? NewBstr(static_cast<unsigned int>(length)) : nullptr;
   // The old text goes even when there is no new block: a failed change leaves the string empty.
-  KestFreeString(string);
+  FreeBstr(string);
   string = fresh;
   return fresh != nullptr || length < 1;
 }
 
 bool TBstr::InternalInit(const unsigned short* src, int length) {
-  DestroyMultibyteBuffer();
+  Discard(multibyte);
   if (src == nullptr || length == 0) return AdjustBuffer(0, false);
   if (length < 0) return false;
-  if (length != GetLength()) return Splice(*this, 0, GetLength(), src, length);
+  const int oldLength = Length(string);
+  if (length != oldLength) return Splice(string, 0, oldLength, src, length);
   MoveUnits(string, src, static_cast<size_t>(length));
   return true;
 }
 
 bool TBstr::InternalAppend(const unsigned short* src, int length) {
-  DestroyMultibyteBuffer();
+  Discard(multibyte);
   if (src == nullptr || length == 0) return true;
   if (length < 0) return false;
-  return Splice(*this, GetLength(), 0, src, length);
+  return AppendUnits(string, src, length);
 }
 
 bool TBstr::CreateMultibyteBuffer() const {
   Discard(multibyte);
-  const int length = GetLength();
+  const int length = Length(string);
   if (length > kMaxCachedLength) return false;
   const int size = 2 * length + 1;
   multibyte = static_cast<char*>(KestMemAlloc(static_cast<unsigned int>(size)));
@@ -82,12 +71,12 @@ bool TBstr::CreateMultibyteBuffer() const {
 
 void TBstr::DestroyMultibyteBuffer() { Discard(multibyte); }
 
-int TBstr::GetLength() const { return static_cast<int>(KestStringLen(string)); }
+int TBstr::GetLength() const { return Length(string); }
 
-bool TBstr::IsEmpty() const { return GetLength() == 0; }
+bool TBstr::IsEmpty() const { return Length(string) == 0; }
 
 void TBstr::Empty() {
-  DestroyMultibyteBuffer();
+  Discard(multibyte);
   AdjustBuffer(0, false);
 }
 
@@ -107,17 +96,17 @@ unsigned short** TBstr::GetBstrPtr() {
 unsigned short** TBstr::GetRawBstrPtr() { return &string; }
 
 void TBstr::Attach(unsigned short* bstr) {
-  DestroyMultibyteBuffer();
+  Discard(multibyte);
   string = bstr;  // the previous text is not freed, on purpose
 }
 
 unsigned short* TBstr::Detach() {
-  DestroyMultibyteBuffer();
+  Discard(multibyte);
   unsigned short* bstr = string;
   string = nullptr;
   return bstr;
 }
 
-unsigned short* TBstr::Copy() const { return KestAllocStringLen(string, KestStringLen(string)); }
+unsigned short* TBstr::Copy() const { return NewBstr(string, BstrLength(string)); }
 
 }  // namespace KEST

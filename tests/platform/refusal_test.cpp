@@ -183,6 +183,7 @@ const struct {
     {"the allocator's hooks stand before it, and other tests refuse there",
      {"malloc", "realloc", "free"}},
     {"it has no result", {"globfree"}},
+    {"it tells of a block that is there", {"malloc_usable_size"}},
     {"it refuses only a key, thread, semaphore or type that does not exist",
      {"pthread_getspecific", "pthread_key_delete", "pthread_detach", "pthread_setcanceltype",
       "sem_init", "sem_post", "sem_destroy"}},
