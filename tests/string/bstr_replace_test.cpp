@@ -3,12 +3,16 @@
 #include <random>
 
 #include "kest/string.h"
+#include "support/guarded_hooks.h"
+#include "support/random.h"
 #include "support/test_allocator.h"
 #include "support/text.h"
 
 using KEST::TBstr;
 using kest_test::Bstr;
 using kest_test::ForEachRefusedRequest;
+using kest_test::GuardedBlock;
+using kest_test::GuardedHooks;
 using kest_test::TestAllocator;
 using kest_test::TextOf;
 using kest_test::Units;
@@ -23,6 +27,19 @@ int PlainReplace(std::u16string& text, const std::u16string& from, const std::u1
     ++count;
   }
   return count;
+}
+
+// All texts, the result included, each end where nothing can be read or written.
+void ExpectGuarded(const std::u16string& text, const std::u16string& from,
+                   const std::u16string& to) {
+  std::u16string model = text;
+  const int count = PlainReplace(model, from, to);
+  const GuardedBlock<unsigned short> what(from + u'\0'), with(to + u'\0');
+  const GuardedHooks hooks;
+  TBstr s = Bstr(text);
+  ASSERT_EQ(count, s.Replace(what.Get(), with.Get())) << testing::PrintToString(text);
+  ASSERT_TRUE(model == TextOf(s)) << testing::PrintToString(text) << testing::PrintToString(from);
+  ASSERT_EQ(0, s.GetString()[model.size()]);
 }
 
 }  // namespace
@@ -184,4 +201,69 @@ TEST(BstrReplace, ALongTextTakesNoQuadraticTime) {
   EXPECT_EQ(3 << 20, s.GetLength());
   EXPECT_EQ(1 << 20, s.Replace(KEST_TEXT("xyz"), KEST_TEXT("b")));
   EXPECT_EQ(TBstr(u'b', 1 << 20), s);
+}
+
+TEST(BstrReplace, OneMatchAtEachPlace) {
+  for (const size_t matchLength : {1, 2, 3, 16, 17, 33}) {
+    const std::u16string match = u"m" + std::u16string(matchLength - 1, u'n');
+    for (const size_t newLength : {0, 1, 16, 34}) {
+      const std::u16string with(newLength, u'w');
+      for (size_t length = matchLength; length <= 72; length += 1 + length / 20) {
+        for (size_t place = 0; place <= length - matchLength; place += 1 + place / 10) {
+          std::u16string text(length, u'm');
+          text.replace(place, matchLength, match);
+          ExpectGuarded(text, match, with);
+          if (HasFatalFailure()) return;
+        }
+      }
+    }
+  }
+}
+
+TEST(BstrReplace, GuardedTextsOfAllLengths) {
+  kest_test::Random random;
+  SCOPED_TRACE(random.Seed());
+  const auto draw = [&](int shortest, int longest) {
+    std::u16string text(static_cast<size_t>(random.Between(shortest, longest)), u'a');
+    for (char16_t& unit : text) {
+      if (random.Between(0, 2) == 0) unit = static_cast<char16_t>(random.Between('a', 'b'));
+    }
+    return text;
+  };
+  for (int length = 0; length <= 300; ++length) {
+    for (int i = 0; i < 8; ++i) {
+      ExpectGuarded(draw(length, length), draw(1, 5), draw(0, 20));
+      if (HasFatalFailure()) return;
+    }
+  }
+}
+
+TEST(BstrReplace, ManyMatches) {
+  for (const size_t count : {1023, 1024, 1025, 2047, 2048, 2049, 5000}) {
+    for (const std::u16string to : {u"", u"x", u"xy", u"xyz"}) {
+      std::u16string text, model;
+      for (size_t i = 0; i < count; ++i) {
+        const std::u16string between(i % 5, u'-');
+        text += between + u"ab";
+        model += between + to;
+      }
+      text += u"end";
+      model += u"end";
+      TBstr s = Bstr(text);
+      EXPECT_EQ(static_cast<int>(count), s.Replace(KEST_TEXT("ab"), Units(to)));
+      EXPECT_TRUE(model == TextOf(s)) << count;
+    }
+  }
+}
+
+// What is not there, but for one unit in the middle everywhere.
+TEST(BstrReplace, NearMatchesTakeNoQuadraticTime) {
+  const std::u16string half(1 << 15, u'a');
+  std::u16string text(1 << 20, u'a');
+  TBstr s = Bstr(text);
+  EXPECT_EQ(0, s.Replace(Units(half + u'b' + half), KEST_TEXT("x")));
+  text += half + u'b' + half;
+  s = Bstr(text);
+  EXPECT_EQ(1, s.Replace(Units(half + u'b' + half), KEST_TEXT("x")));
+  EXPECT_TRUE(std::u16string(1 << 20, u'a') + u'x' == TextOf(s));
 }
