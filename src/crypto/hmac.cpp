@@ -65,11 +65,11 @@ class TFields : public KEST::TMessageDigest {
   }
 };
 
-// digest.Finish(mac, 0), whose result is returned, and digest.Update(outerKey, 64). The last block
-// of the one message and the first of the other, which do not depend on each other, are worked in
-// side by side. The buffer is left for what completes the block.
-int FinishAndStartOuter(const SOwnDigest& own, KEST::TMessageDigest& digest, unsigned char* mac,
-                        const unsigned char* outerKey) {
+// What digest.Finish and then digest.Update with outerKey and with what Finish wrote come to. The
+// last block of the one message and the first of the other, which do not depend on each other, are
+// worked in side by side.
+void FinishInner(const SOwnDigest& own, KEST::TMessageDigest& digest,
+                 const unsigned char* outerKey) {
   auto& state = TFields::State(digest);
   auto& bitCount = TFields::BitCount(digest);
   auto& buffer = TFields::Buffer(digest);
@@ -80,10 +80,9 @@ int FinishAndStartOuter(const SOwnDigest& own, KEST::TMessageDigest& digest, uns
   memcpy(inner, state, sizeof(inner));
   digest.Reset();
   own.pair(inner, buffer, state, outerKey);
-  own.storeWords(mac, inner, own.words);
+  own.storeWords(buffer, inner, own.words);
+  bitCount[0] = 8 * static_cast<unsigned int>(kBlockSize + 4 * own.words);
   KEST::Wipe(inner, sizeof(inner));
-  bitCount[0] = 8 * kBlockSize;
-  return 4 * own.words;
 }
 
 }  // namespace
@@ -123,14 +122,13 @@ void THmac::Update(const unsigned char* data, int length) {
 // H(outer key, H(nothing)).
 int THmac::Finish(unsigned char* mac, int length) {
   if (digest == nullptr) return 0;
-  int innerSize;
   if (const SOwnDigest* const own = OwnDigest(*digest)) {
-    innerSize = FinishAndStartOuter(*own, *digest, mac, outerKey);
+    FinishInner(*own, *digest, outerKey);
   } else {
-    innerSize = digest->Finish(mac, length);
+    const int innerSize = digest->Finish(mac, length);
     digest->Update(outerKey, kBlockSize);
+    digest->Update(mac, innerSize);
   }
-  digest->Update(mac, innerSize);
   Reset();
   return digest->Finish(mac, length);
 }

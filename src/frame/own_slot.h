@@ -13,8 +13,8 @@
 namespace KEST {
 
 // Where a call of object's virtual function kMember, a pointer to member, would go. By the Itanium
-// C++ ABI, which both compilers follow, an object begins with the address of its slots, and a
-// pointer to a virtual member with the slot's offset in bytes, and 1 added.
+// C++ ABI, as both compilers follow it on x86, an object begins with the address of its slots, and
+// a pointer to a virtual member with the slot's offset in bytes, and 1 added.
 template <auto kMember, typename Object>
 const void* FunctionInSlot(const Object& object) {
   auto member = kMember;
