@@ -168,8 +168,6 @@ class KEST_API TDesCipher : public TBlockCipher {
   int GetBlockSize() const override;
 
  private:
-  friend struct SDesRuns;
-
   unsigned int schedule[32];  // two words a round, in the order of use
 };
 

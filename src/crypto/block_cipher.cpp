@@ -20,26 +20,17 @@ constexpr int kMaxBlockSize = 8;
 
 bool IsUsable(int blockSize) { return blockSize >= 1 && blockSize <= kMaxBlockSize; }
 
-// How a cipher works on a run of blocks.
-struct SRuns {
-  void (*ecb)(const TBlockCipher& cipher, unsigned char* data, size_t count);
-  void (*encryptCbc)(const TBlockCipher& cipher, unsigned char* data, size_t count,
-                     unsigned char* chain);
-  void (*decryptCbc)(const TBlockCipher& cipher, unsigned char* data, size_t count,
-                     unsigned char* chain);
-};
-
-template <typename Runs>
-constexpr SRuns kRuns = {Runs::Ecb, Runs::EncryptCbc, Runs::DecryptCbc};
-
 // Null for a cipher of a class that has a ProcessBlock or a block size of its own.
-const SRuns* RunsOf(const TBlockCipher& cipher, int blockSize) {
+const KEST::SBlockRuns* RunsOf(const TBlockCipher& cipher, int blockSize) {
   using namespace KEST;
   constexpr auto kProcessBlock = &TBlockCipher::ProcessBlock;
   constexpr unsigned char kKey[8] = {};
   if (blockSize != 8) return nullptr;
   if (IsOwn<kProcessBlock, TDesCipher>(cipher, TCipher::kOpEncrypt, kKey, 8)) {
-    return &kRuns<SDesRuns>;
+    return &kDesRuns;
+  }
+  if (IsOwn<kProcessBlock, TRc2Cipher>(cipher, TCipher::kOpEncrypt, kKey, 8, 64)) {
+    return &kRc2Runs;
   }
   return nullptr;
 }
@@ -88,9 +79,13 @@ int TBlockCipher::EncryptData(unsigned char* data, int len, bool final) {
   if (mode != kModeCbc && mode != kModeEcb) return total;
 
   if (final) memset(data + len, size - rest, static_cast<size_t>(size - rest));
-  if (const SRuns* runs = RunsOf(*this, size)) {
+  if (const SBlockRuns* runs = RunsOf(*this, size)) {
     const size_t count = static_cast<size_t>(total / size);
-    mode == kModeCbc ? runs->encryptCbc(*this, data, count, chain) : runs->ecb(*this, data, count);
+    if (mode == kModeCbc) {
+      runs->encryptCbc(*this, op, data, count, chain);
+    } else {
+      runs->ecb(*this, op, data, count);
+    }
   } else {
     for (int at = 0; at < total; at += size) {
       if (mode == kModeCbc) XorBlock(data + at, chain, size);
@@ -107,9 +102,13 @@ int TBlockCipher::DecryptData(unsigned char* data, int len, bool final) {
   if (!IsUsable(size) || len < 0 || len % size != 0) return 0;
   if (mode != kModeCbc && mode != kModeEcb) return len;
 
-  if (const SRuns* runs = RunsOf(*this, size)) {
+  if (const SBlockRuns* runs = RunsOf(*this, size)) {
     const size_t count = static_cast<size_t>(len / size);
-    mode == kModeCbc ? runs->decryptCbc(*this, data, count, chain) : runs->ecb(*this, data, count);
+    if (mode == kModeCbc) {
+      runs->decryptCbc(*this, op, data, count, chain);
+    } else {
+      runs->ecb(*this, op, data, count);
+    }
   } else {
     for (int at = 0; at < len; at += size) {
       unsigned char ciphertext[kMaxBlockSize];

@@ -23,6 +23,8 @@ using KEST::kDesChoice2;
 using KEST::LoadBigEndian;
 using KEST::RotateLeft;
 using KEST::StoreBigEndian;
+using KEST::TBlockCipher;
+using KEST::TCipher;
 using KEST::XorEight;
 
 constexpr int kBlockSize = 8;
@@ -152,6 +154,46 @@ constexpr KEST::SVersions<KEST::DesSlices> kSlices = {SlicesPlain, KEST::DesSlic
                                                       KEST::DesSlicesAvx2, KEST::DesSlicesAvx512};
 constexpr KEST::TDispatch<kSlices> CryptSlices;
 
+// The schedule of a TDesCipher: private, but its place is settled and checked below.
+const unsigned int* ScheduleOf(const TBlockCipher& cipher) {
+  const auto* const object = reinterpret_cast<const unsigned char*>(&cipher);
+  return reinterpret_cast<const unsigned int*>(object + sizeof(TBlockCipher));
+}
+
+void RunEcb(const TBlockCipher& cipher, TCipher::ECipherOp, unsigned char* data, size_t count) {
+  const unsigned int* schedule = ScheduleOf(cipher);
+  size_t done = CryptSlices(schedule, data, count, nullptr);
+  for (; count - done >= 2; done += 2) CryptBlocks<2>(schedule, data + kBlockSize * done);
+  if (done < count) CryptBlocks<1>(schedule, data + kBlockSize * done);
+}
+
+// The chain stays behind the initial permutation, so that no block waits for it.
+void EncryptCbc(const TBlockCipher& cipher, TCipher::ECipherOp, unsigned char* data, size_t count,
+                unsigned char* chain) {
+  if (count == 0) return;
+  const unsigned int* schedule = ScheduleOf(cipher);
+  SHalves block[1] = {Enter(chain)};
+  std::swap(block[0].left, block[0].right);
+  for (size_t n = 0; n < count; ++n) {
+    const SHalves next = Enter(data + kBlockSize * n);
+    // A ciphertext has its halves in each other's place.
+    block[0] = {block[0].right ^ next.left, block[0].left ^ next.right};
+    RunRounds(block, schedule);
+    Leave(block[0], data + kBlockSize * n);
+  }
+  memcpy(chain, data + kBlockSize * (count - 1), kBlockSize);
+}
+
+void DecryptCbc(const TBlockCipher& cipher, TCipher::ECipherOp, unsigned char* data, size_t count,
+                unsigned char* chain) {
+  const unsigned int* schedule = ScheduleOf(cipher);
+  size_t done = CryptSlices(schedule, data, count, chain);
+  for (; count - done >= 2; done += 2) {
+    DecryptChained<2>(schedule, data + kBlockSize * done, chain);
+  }
+  if (done < count) DecryptChained<1>(schedule, data + kBlockSize * done, chain);
+}
+
 }  // namespace
 
 namespace KEST {
@@ -161,6 +203,7 @@ KEST_SIZE_IS(TDesCipher, 156, 160);
 TDesCipher::TDesCipher(TCipher::ECipherOp direction, const unsigned char* key, int)
     : TBlockCipher(direction) {
   KEST_FIELD_AT(TDesCipher, schedule, 28, 32);
+  static_assert(offsetof(TDesCipher, schedule) == sizeof(TBlockCipher));
   unsigned int halves[2] = {ChooseFromKey(key, kDesChoiceC), ChooseFromKey(key, kDesChoiceD)};
   for (int round = 0; round < kRounds; ++round) {
     for (unsigned int& half : halves) half = RotateHalf(half, kDesShifts[round]);
@@ -193,38 +236,6 @@ void TDesCipher::ProcessBlock(unsigned char* block) const { CryptBlocks<1>(sched
 
 int TDesCipher::GetBlockSize() const { return kBlockSize; }
 
-void SDesRuns::Ecb(const TBlockCipher& cipher, unsigned char* data, size_t count) {
-  const unsigned int* schedule = static_cast<const TDesCipher&>(cipher).schedule;
-  size_t done = CryptSlices(schedule, data, count, nullptr);
-  for (; count - done >= 2; done += 2) CryptBlocks<2>(schedule, data + kBlockSize * done);
-  if (done < count) CryptBlocks<1>(schedule, data + kBlockSize * done);
-}
-
-// The chain stays behind the initial permutation, so that no block waits for it.
-void SDesRuns::EncryptCbc(const TBlockCipher& cipher, unsigned char* data, size_t count,
-                          unsigned char* chain) {
-  if (count == 0) return;
-  const unsigned int* schedule = static_cast<const TDesCipher&>(cipher).schedule;
-  SHalves block[1] = {Enter(chain)};
-  std::swap(block[0].left, block[0].right);
-  for (size_t n = 0; n < count; ++n) {
-    const SHalves next = Enter(data + kBlockSize * n);
-    // A ciphertext has its halves in each other's place.
-    block[0] = {block[0].right ^ next.left, block[0].left ^ next.right};
-    RunRounds(block, schedule);
-    Leave(block[0], data + kBlockSize * n);
-  }
-  memcpy(chain, data + kBlockSize * (count - 1), kBlockSize);
-}
-
-void SDesRuns::DecryptCbc(const TBlockCipher& cipher, unsigned char* data, size_t count,
-                          unsigned char* chain) {
-  const unsigned int* schedule = static_cast<const TDesCipher&>(cipher).schedule;
-  size_t done = CryptSlices(schedule, data, count, chain);
-  for (; count - done >= 2; done += 2) {
-    DecryptChained<2>(schedule, data + kBlockSize * done, chain);
-  }
-  if (done < count) DecryptChained<1>(schedule, data + kBlockSize * done, chain);
-}
+const SBlockRuns kDesRuns = {RunEcb, EncryptCbc, DecryptCbc};
 
 }  // namespace KEST

@@ -1,7 +1,7 @@
 #include "crypto/des_levels.h"
 
-#define KEST_FOR_SLICES KEST_FOR_AVX2
-#define KEST_SLICE_SIZE 32
+#define KEST_FOR_BLOCKS KEST_FOR_AVX2
+#define KEST_BLOCK_VECTOR_SIZE 32
 #include "crypto/des_slices.h"
 
 namespace KEST {

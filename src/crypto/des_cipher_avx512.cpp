@@ -2,8 +2,8 @@
 
 #include "crypto/des_levels.h"
 
-#define KEST_FOR_SLICES KEST_FOR_AVX512
-#define KEST_SLICE_SIZE 64
+#define KEST_FOR_BLOCKS KEST_FOR_AVX512
+#define KEST_BLOCK_VECTOR_SIZE 64
 #include "crypto/des_slices.h"
 
 namespace {
@@ -15,7 +15,7 @@ struct STernaryLogic {
   }
 
   template <int kBox, int kGate>
-  KEST_IN_SLICES static void RunGate(Vector* wire) {
+  KEST_IN_BLOCKS static void RunGate(Vector* wire) {
     constexpr KEST::STernaryGate gate = Circuit<kBox>().gates[kGate];
     wire[KEST::STernaryGate::kFirst + kGate] = reinterpret_cast<Vector>(_mm512_ternarylogic_epi64(
         reinterpret_cast<__m512i>(wire[gate.a]), reinterpret_cast<__m512i>(wire[gate.b]),

@@ -1,8 +1,6 @@
 // DES on as many blocks at once as a vector has bits. A plane is a vector with the same bit of each
-// block; the permutations then cost nothing, and the S-boxes are circuits. Each of the files that
-// include this compiles it for its own level of the processor, and defines first:
-//   KEST_FOR_SLICES  the level, KEST_FOR_AVX2 for one
-//   KEST_SLICE_SIZE  the bytes in a vector
+// block; the permutations then cost nothing, and the S-boxes are circuits. Compiled for each level
+// of the processor, see block_vectors.h.
 
 #ifndef KEST_SRC_CRYPTO_DES_SLICES_H
 #define KEST_SRC_CRYPTO_DES_SLICES_H
@@ -10,42 +8,33 @@
 #include <stddef.h>
 #include <string.h>
 
-#include <algorithm>
 #include <utility>
 
-#include "cpu/level.h"
+#include "crypto/block_vectors.h"
 #include "crypto/des_circuits.h"
 #include "crypto/des_tables.h"
 #include "crypto/wipe.h"
 
-// Part of a routine: it has to disappear in it for its vectors to stay in registers.
-#define KEST_IN_SLICES KEST_FOR_SLICES inline __attribute__((always_inline))
-
 namespace {
 
-constexpr int kSliceSize = KEST_SLICE_SIZE;
-constexpr int kSlices = 8 * kSliceSize;
+constexpr int kSlices = 8 * kVectorSize;
 constexpr int kRounds = 16;
 
-// A vector as the transposition sees it, as the keys are compared, and at any address.
-using Vector = unsigned long long __attribute__((vector_size(kSliceSize)));
-using WordVector = int __attribute__((vector_size(kSliceSize)));
-using LooseVector =
-    unsigned long long __attribute__((vector_size(kSliceSize), aligned(1), may_alias));
+using WordVector = int __attribute__((vector_size(kVectorSize)));
 
 // Bits of the schedule, spread out to whole words.
 struct SSpreadSchedule {
-  alignas(kSliceSize) int word[kRounds][2][32];
+  alignas(kVectorSize) int word[kRounds][2][32];
 };
 
 // The blocks as they come, or their planes: plane n holds the bits n of the blocks, which are
 // counted from the lowest bit of the first byte.
 struct SSlices {
-  Vector plane[64];
+  Vector vector[64];
 };
 
-KEST_FOR_SLICES inline void SpreadSchedule(SSpreadSchedule& spread, const unsigned int* schedule) {
-  constexpr int kWords = kSliceSize / 4;
+KEST_FOR_BLOCKS inline void SpreadSchedule(SSpreadSchedule& spread, const unsigned int* schedule) {
+  constexpr int kWords = kVectorSize / 4;
   for (int first = 0; first < 32; first += kWords) {
     WordVector bits = {};
     for (int n = 0; n < kWords; ++n) bits[n] = static_cast<int>(1u << (first + n));
@@ -56,19 +45,10 @@ KEST_FOR_SLICES inline void SpreadSchedule(SSpreadSchedule& spread, const unsign
   }
 }
 
-// Exchanges the bits of y under the mask with those of x that lie kShift places higher.
-template <int kShift>
-KEST_IN_SLICES void ExchangeBits(Vector& x, Vector& y) {
-  constexpr unsigned long long kMask = ~0ull / ((1ull << kShift) + 1);
-  const Vector different = ((x >> kShift) ^ y) & kMask;
-  y ^= different;
-  x ^= different << kShift;
-}
-
 // Two steps of the transposition, on rows that lie kStride apart: four at a time, which leaves
 // registers for the work, so that nothing of the blocks is spilled to where it is not wiped.
 template <int kStride>
-KEST_FOR_SLICES inline void TransposeFours(Vector* row) {
+KEST_FOR_BLOCKS inline void TransposeFours(Vector* row) {
   for (int first = 0; first < 64; first += 4 * kStride) {
     for (Vector* r = row + first; r < row + first + kStride; ++r) {
       ExchangeBits<2 * kStride>(r[0], r[2 * kStride]);
@@ -81,10 +61,10 @@ KEST_FOR_SLICES inline void TransposeFours(Vector* row) {
 
 // Makes planes of blocks, and blocks of planes: in each of the vectors' 64-bit elements apart, the
 // 64 by 64 bits are transposed.
-KEST_FOR_SLICES inline void Transpose(SSlices& slices) {
-  TransposeFours<16>(slices.plane);
-  TransposeFours<4>(slices.plane);
-  TransposeFours<1>(slices.plane);
+KEST_FOR_BLOCKS inline void Transpose(SSlices& slices) {
+  TransposeFours<16>(slices.vector);
+  TransposeFours<4>(slices.vector);
+  TransposeFours<1>(slices.vector);
 }
 
 // The plane with bit n of the left half behind the initial permutation, both counted from 0. Bit n
@@ -106,7 +86,7 @@ struct SBinaryLogic {
   }
 
   template <int kBox, int kGate>
-  KEST_IN_SLICES static void RunGate(Vector* wire) {
+  KEST_IN_BLOCKS static void RunGate(Vector* wire) {
     constexpr KEST::SBinaryGate gate = Circuit<kBox>().gates[kGate];
     const Vector a = wire[gate.a], b = wire[gate.b];
     Vector& to = wire[KEST::SBinaryGate::kFirst + kGate];
@@ -118,13 +98,13 @@ struct SBinaryLogic {
 };
 
 template <typename Logic, int kBox, int... kGate>
-KEST_IN_SLICES void RunGates(Vector* wire, std::integer_sequence<int, kGate...>) {
+KEST_IN_BLOCKS void RunGates(Vector* wire, std::integer_sequence<int, kGate...>) {
   (Logic::template RunGate<kBox, kGate>(wire), ...);
 }
 
 // The wires of a box's inputs: bits of the half at from, with those of the round key.
 template <int kBox, int... kInput>
-KEST_IN_SLICES void LoadInputs(Vector* wire, const Vector* from, const int (&key)[2][32],
+KEST_IN_BLOCKS void LoadInputs(Vector* wire, const Vector* from, const int (&key)[2][32],
                                std::integer_sequence<int, kInput...>) {
   ((wire[kInput] =
         from[PlaneOf((4 * kBox + kInput + 31) % 32)] ^
@@ -134,7 +114,7 @@ KEST_IN_SLICES void LoadInputs(Vector* wire, const Vector* from, const int (&key
 
 // XORs the outputs of a box into their bits of the half at to.
 template <typename Logic, int kBox, int... kOutput>
-KEST_IN_SLICES void AddOutputs(Vector* to, const Vector* wire,
+KEST_IN_BLOCKS void AddOutputs(Vector* to, const Vector* wire,
                                std::integer_sequence<int, kOutput...>) {
   constexpr const auto& kCircuit = Logic::template Circuit<kBox>();
   ((to[PlaneOf(BitOfOutput(kBox, kOutput))] ^= wire[kCircuit.outputs[kOutput]]), ...);
@@ -142,7 +122,7 @@ KEST_IN_SLICES void AddOutputs(Vector* to, const Vector* wire,
 
 // XORs what one box makes of the half at from into the half at to.
 template <typename Logic, int kBox>
-KEST_IN_SLICES void RunBox(Vector* to, const Vector* from, const int (&key)[2][32]) {
+KEST_IN_BLOCKS void RunBox(Vector* to, const Vector* from, const int (&key)[2][32]) {
   constexpr const auto& kCircuit = Logic::template Circuit<kBox>();
   Vector wire[kCircuit.kFirst + kCircuit.kGates];
   LoadInputs<kBox>(wire, from, key, std::make_integer_sequence<int, 6>());
@@ -152,60 +132,44 @@ KEST_IN_SLICES void RunBox(Vector* to, const Vector* from, const int (&key)[2][3
 }
 
 template <typename Logic, int... kBox>
-KEST_IN_SLICES void RunBoxes(Vector* to, const Vector* from, const int (&key)[2][32],
+KEST_IN_BLOCKS void RunBoxes(Vector* to, const Vector* from, const int (&key)[2][32],
                              std::integer_sequence<int, kBox...>) {
   (RunBox<Logic, kBox>(to, from, key), ...);
 }
 
 template <typename Logic>
-KEST_FOR_SLICES inline void RunRounds(SSlices& slices, const SSpreadSchedule& spread) {
-  Vector* const left = slices.plane;
-  Vector* const right = slices.plane + 1;
+KEST_FOR_BLOCKS inline void RunRounds(SSlices& slices, const SSpreadSchedule& spread) {
+  Vector* const left = slices.vector;
+  Vector* const right = slices.vector + 1;
   constexpr std::make_integer_sequence<int, 8> kBoxes;
   for (int round = 0; round < kRounds; round += 2) {
     RunBoxes<Logic>(left, right, spread.word[round], kBoxes);
     RunBoxes<Logic>(right, left, spread.word[round + 1], kBoxes);
   }
   // The halves leave the last round in each other's place.
-  for (int n = 0; n < 64; n += 2) std::swap(slices.plane[n], slices.plane[n + 1]);
+  for (int n = 0; n < 64; n += 2) std::swap(slices.vector[n], slices.vector[n + 1]);
 }
 
-// XORs the blocks with those before them in data, the first one with chain, and moves chain on.
-KEST_FOR_SLICES inline void Unchain(SSlices& slices, const unsigned char* data, size_t count,
-                                    unsigned char* chain) {
-  unsigned char* const blocks = reinterpret_cast<unsigned char*>(slices.plane);
-  for (size_t n = 0; n < 8; ++n) blocks[n] ^= chain[n];
-  size_t at = 8;
-  for (; at + kSliceSize <= 8 * count; at += kSliceSize) {
-    *reinterpret_cast<LooseVector*>(blocks + at) ^=
-        *reinterpret_cast<const LooseVector*>(data + at - 8);
+template <typename Logic>
+struct TSlicesBatch : SSlices {
+  SSpreadSchedule spread;
+
+  KEST_FOR_BLOCKS inline void Crypt() {
+    Transpose(*this);
+    RunRounds<Logic>(*this, spread);
+    Transpose(*this);
   }
-  for (; at < 8 * count; ++at) blocks[at] ^= data[at - 8];
-  memcpy(chain, data + 8 * count - 8, 8);
-}
+};
 
 // See des_levels.h.
 template <typename Logic>
-KEST_IN_SLICES size_t CryptSlices(const unsigned int* schedule, unsigned char* data, size_t count,
+KEST_IN_BLOCKS size_t CryptSlices(const unsigned int* schedule, unsigned char* data, size_t count,
                                   unsigned char* chain, size_t fewest) {
   if (count < fewest) return 0;
-  SSpreadSchedule spread;
-  SSlices slices = {};
-  SpreadSchedule(spread, schedule);
-  size_t done = 0;
-  while (count - done >= fewest) {
-    const size_t blocks = std::min<size_t>(count - done, kSlices);
-    unsigned char* const at = data + 8 * done;
-    memcpy(slices.plane, at, 8 * blocks);
-    Transpose(slices);
-    RunRounds<Logic>(slices, spread);
-    Transpose(slices);
-    if (chain != nullptr) Unchain(slices, at, blocks, chain);
-    memcpy(at, slices.plane, 8 * blocks);
-    done += blocks;
-  }
-  KEST::Wipe(&spread, sizeof(spread));
-  KEST::Wipe(&slices, sizeof(slices));
+  TSlicesBatch<Logic> batch = {};
+  SpreadSchedule(batch.spread, schedule);
+  const size_t done = RunBatches(batch, data, count, chain, fewest);
+  KEST::Wipe(&batch, sizeof(batch));
   return done;
 }
 

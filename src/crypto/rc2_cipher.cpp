@@ -6,12 +6,18 @@
 
 #include <algorithm>
 
+#include "cpu/dispatch.h"
 #include "crypto/ber_items.h"
+#include "crypto/block_runs.h"
+#include "crypto/rc2_levels.h"
 #include "crypto/wipe.h"
 #include "crypto/words.h"
 #include "frame/layout.h"
 
 namespace {
+
+using KEST::TBlockCipher;
+using KEST::TCipher;
 
 constexpr int kBlockSize = 8;
 constexpr int kRounds = 16;
@@ -63,76 +69,162 @@ void ExpandKey(unsigned char (&l)[128], int length, int effectiveBits) {
   for (int n = first - 1; n >= 0; --n) l[n] = kPi[l[n + 1] ^ l[n + bytes]];
 }
 
-unsigned int Rotate16(unsigned int word, int count) {
-  return (word << count | (word & 0xffff) >> (16 - count)) & 0xffff;
-}
+// A word of a block. What each operator gives is cut to 16 bits right there, where compilers see
+// that nothing has to be widened in between.
+struct SWord {
+  unsigned short bits;
 
-// The four words of a block.
-struct SWords {
-  unsigned int r0, r1, r2, r3;
+  SWord(unsigned short word) : bits(word) {}
 
-  explicit SWords(const unsigned char* block) {
-    const unsigned int low = KEST::LoadLittleEndian(block),
-                       high = KEST::LoadLittleEndian(block + 4);
-    r0 = low & 0xffff;
-    r1 = low >> 16;
-    r2 = high & 0xffff;
-    r3 = high >> 16;
-  }
+  SWord operator+(SWord other) const { return static_cast<unsigned short>(bits + other.bits); }
+  SWord operator-(SWord other) const { return static_cast<unsigned short>(bits - other.bits); }
+  SWord operator&(SWord other) const { return static_cast<unsigned short>(bits & other.bits); }
+  SWord operator^(SWord other) const { return static_cast<unsigned short>(bits ^ other.bits); }
+  SWord operator~() const { return static_cast<unsigned short>(~bits); }
 
-  void Store(unsigned char* block) const {
-    KEST::StoreLittleEndian(block, r0 | r1 << 16);
-    KEST::StoreLittleEndian(block + 4, r2 | r3 << 16);
-  }
-
-  // What is added to a word in a mixing round, from the three words before it, nearest first.
-  static unsigned int Term(unsigned int key, unsigned int a, unsigned int b, unsigned int c) {
-    return key + (a & b) + (~a & c);
-  }
-
-  void Mix(const unsigned short* key) {
-    r0 = Rotate16(r0 + Term(key[0], r3, r2, r1), 1);
-    r1 = Rotate16(r1 + Term(key[1], r0, r3, r2), 2);
-    r2 = Rotate16(r2 + Term(key[2], r1, r0, r3), 3);
-    r3 = Rotate16(r3 + Term(key[3], r2, r1, r0), 5);
-  }
-
-  void Unmix(const unsigned short* key) {
-    r3 = (Rotate16(r3, 11) - Term(key[3], r2, r1, r0)) & 0xffff;
-    r2 = (Rotate16(r2, 13) - Term(key[2], r1, r0, r3)) & 0xffff;
-    r1 = (Rotate16(r1, 14) - Term(key[1], r0, r3, r2)) & 0xffff;
-    r0 = (Rotate16(r0, 15) - Term(key[0], r3, r2, r1)) & 0xffff;
-  }
-
-  void Mash(const unsigned short (&key)[64]) {
-    r0 = (r0 + key[r3 & 63]) & 0xffff;
-    r1 = (r1 + key[r0 & 63]) & 0xffff;
-    r2 = (r2 + key[r1 & 63]) & 0xffff;
-    r3 = (r3 + key[r2 & 63]) & 0xffff;
-  }
-
-  void Unmash(const unsigned short (&key)[64]) {
-    r3 = (r3 - key[r2 & 63]) & 0xffff;
-    r2 = (r2 - key[r1 & 63]) & 0xffff;
-    r1 = (r1 - key[r0 & 63]) & 0xffff;
-    r0 = (r0 - key[r3 & 63]) & 0xffff;
+  template <int kCount>
+  SWord Rotate() const {
+    return static_cast<unsigned short>(bits << kCount | bits >> (16 - kCount));
   }
 };
 
-// Sections 3 and 4: mashing comes after the fifth and the eleventh mixing round.
-bool IsMashedAfter(int round) { return round == 4 || round == 10; }
+// The four words of a block.
+struct SWords {
+  SWord r0, r1, r2, r3;
 
-void Encrypt(SWords& words, const unsigned short (&key)[64]) {
-  for (int round = 0; round < kRounds; ++round) {
-    words.Mix(key + 4 * round);
-    if (IsMashedAfter(round)) words.Mash(key);
+  explicit SWords(const unsigned char* block)
+      : SWords(KEST::LoadLittleEndian(block), KEST::LoadLittleEndian(block + 4)) {}
+
+  SWords(unsigned int low, unsigned int high)
+      : r0(static_cast<unsigned short>(low)),
+        r1(static_cast<unsigned short>(low >> 16)),
+        r2(static_cast<unsigned short>(high)),
+        r3(static_cast<unsigned short>(high >> 16)) {}
+
+  void Store(unsigned char* block) const {
+    KEST::StoreLittleEndian(block, r0.bits | static_cast<unsigned int>(r1.bits) << 16);
+    KEST::StoreLittleEndian(block + 4, r2.bits | static_cast<unsigned int>(r3.bits) << 16);
   }
+
+  void Add(const SWords& other) {
+    r0 = r0 ^ other.r0;
+    r1 = r1 ^ other.r1;
+    r2 = r2 ^ other.r2;
+    r3 = r3 ^ other.r3;
+  }
+
+  // What a mixing round adds to a word with the key: the bits of b where a has ones, and those of c
+  // elsewhere, a to c being the three words before it, nearest first. The least waits for a.
+  static SWord Term(SWord a, SWord b, SWord c) { return ((b ^ c) & a) ^ c; }
+
+  void Mix(const unsigned short* key) {
+    r0 = (r0 + key[0] + Term(r3, r2, r1)).Rotate<1>();
+    r1 = (r1 + key[1] + Term(r0, r3, r2)).Rotate<2>();
+    r2 = (r2 + key[2] + Term(r1, r0, r3)).Rotate<3>();
+    r3 = (r3 + key[3] + Term(r2, r1, r0)).Rotate<5>();
+  }
+
+  // The same term in two, because here c is what comes last.
+  static SWord Less(SWord word, SWord a, SWord b, SWord c) { return word - (a & b) - (~a & c); }
+
+  void Unmix(const unsigned short* key) {
+    r3 = Less(r3.Rotate<11>() - key[3], r2, r1, r0);
+    r2 = Less(r2.Rotate<13>() - key[2], r1, r0, r3);
+    r1 = Less(r1.Rotate<14>() - key[1], r0, r3, r2);
+    r0 = Less(r0.Rotate<15>() - key[0], r3, r2, r1);
+  }
+
+  void Mash(const unsigned short* key) {
+    r0 = r0 + key[r3.bits & 63];
+    r1 = r1 + key[r0.bits & 63];
+    r2 = r2 + key[r1.bits & 63];
+    r3 = r3 + key[r2.bits & 63];
+  }
+
+  void Unmash(const unsigned short* key) {
+    r3 = r3 - key[r2.bits & 63];
+    r2 = r2 - key[r1.bits & 63];
+    r1 = r1 - key[r0.bits & 63];
+    r0 = r0 - key[r3.bits & 63];
+  }
+};
+
+// Sections 3 and 4: mashing comes after the fifth and the eleventh mixing round. Inlined, so that
+// the words stay in registers from block to block.
+[[gnu::always_inline]] inline SWords Encrypted(SWords words, const unsigned short* key) {
+  int round = 0;
+  for (; round < 5; ++round) words.Mix(key + 4 * round);
+  words.Mash(key);
+  for (; round < 11; ++round) words.Mix(key + 4 * round);
+  words.Mash(key);
+  for (; round < kRounds; ++round) words.Mix(key + 4 * round);
+  return words;
 }
 
-void Decrypt(SWords& words, const unsigned short (&key)[64]) {
-  for (int round = kRounds - 1; round >= 0; --round) {
-    if (IsMashedAfter(round)) words.Unmash(key);
-    words.Unmix(key + 4 * round);
+[[gnu::always_inline]] inline SWords Decrypted(SWords words, const unsigned short* key) {
+  int round = kRounds - 1;
+  for (; round >= 11; --round) words.Unmix(key + 4 * round);
+  words.Unmash(key);
+  for (; round >= 5; --round) words.Unmix(key + 4 * round);
+  words.Unmash(key);
+  for (; round >= 0; --round) words.Unmix(key + 4 * round);
+  return words;
+}
+
+void CryptBlock(const unsigned short* key, bool encrypts, unsigned char* block) {
+  const SWords words(block);
+  (encrypts ? Encrypted(words, key) : Decrypted(words, key)).Store(block);
+}
+
+// CBC encryption, in which each block waits for the one before.
+template <SWords (*kCrypted)(SWords words, const unsigned short* key)>
+void CryptChained(const unsigned short* key, unsigned char* data, size_t count,
+                  unsigned char* chain) {
+  SWords words(chain);
+  for (unsigned char* block = data; block != data + kBlockSize * count; block += kBlockSize) {
+    words.Add(SWords(block));
+    words = kCrypted(words, key);
+    words.Store(block);
+  }
+  words.Store(chain);
+}
+
+size_t LanesPlain(const unsigned short*, bool, unsigned char*, size_t, unsigned char*) { return 0; }
+
+constexpr KEST::SVersions<KEST::Rc2Lanes> kLanes = {LanesPlain, KEST::Rc2LanesSse2, nullptr,
+                                                    KEST::Rc2LanesAvx2, KEST::Rc2LanesAvx512};
+constexpr KEST::TDispatch<kLanes> CryptLanes;
+
+// The expanded key of a TRc2Cipher: private, but its place is settled and checked below.
+const unsigned short* KeyOf(const TBlockCipher& cipher) {
+  const auto* const object = reinterpret_cast<const unsigned char*>(&cipher);
+  return reinterpret_cast<const unsigned short*>(object + sizeof(TBlockCipher));
+}
+
+void RunEcb(const TBlockCipher& cipher, TCipher::ECipherOp op, unsigned char* data, size_t count) {
+  const unsigned short* const key = KeyOf(cipher);
+  const bool encrypts = op == TCipher::kOpEncrypt;
+  size_t done = CryptLanes(key, encrypts, data, count, nullptr);
+  for (; done < count; ++done) CryptBlock(key, encrypts, data + kBlockSize * done);
+}
+
+void EncryptCbc(const TBlockCipher& cipher, TCipher::ECipherOp op, unsigned char* data,
+                size_t count, unsigned char* chain) {
+  const auto crypt = op == TCipher::kOpEncrypt ? CryptChained<Encrypted> : CryptChained<Decrypted>;
+  crypt(KeyOf(cipher), data, count, chain);
+}
+
+void DecryptCbc(const TBlockCipher& cipher, TCipher::ECipherOp op, unsigned char* data,
+                size_t count, unsigned char* chain) {
+  const unsigned short* const key = KeyOf(cipher);
+  const bool encrypts = op == TCipher::kOpEncrypt;
+  for (size_t n = CryptLanes(key, encrypts, data, count, chain); n < count; ++n) {
+    unsigned char* const block = data + kBlockSize * n;
+    unsigned char next[kBlockSize];
+    memcpy(next, block, kBlockSize);
+    CryptBlock(key, encrypts, block);
+    KEST::XorEight(block, chain);
+    memcpy(chain, next, kBlockSize);
   }
 }
 
@@ -146,6 +238,7 @@ TRc2Cipher::TRc2Cipher(TCipher::ECipherOp direction, const unsigned char* key, i
                        int bits)
     : TBlockCipher(direction), effectiveBits(bits) {
   KEST_FIELD_AT(TRc2Cipher, expandedKey, 28, 32);
+  static_assert(offsetof(TRc2Cipher, expandedKey) == sizeof(TBlockCipher));
   KEST_FIELD_AT(TRc2Cipher, effectiveBits, 156, 160);
   const int length = std::clamp(keyLength, 1, kMaxKeyLength);
   const bool usable = bits >= 1 && bits <= kMaxEffectiveBits;
@@ -176,15 +269,11 @@ int TRc2Cipher::BerDump(unsigned char* buf, int size) {
 }
 
 void TRc2Cipher::ProcessBlock(unsigned char* block) const {
-  SWords words(block);
-  if (op == kOpEncrypt) {
-    Encrypt(words, expandedKey);
-  } else {
-    Decrypt(words, expandedKey);
-  }
-  words.Store(block);
+  CryptBlock(expandedKey, op == kOpEncrypt, block);
 }
 
 int TRc2Cipher::GetBlockSize() const { return kBlockSize; }
+
+const SBlockRuns kRc2Runs = {RunEcb, EncryptCbc, DecryptCbc};
 
 }  // namespace KEST
