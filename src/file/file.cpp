@@ -68,12 +68,12 @@ bool TFile::Close() {
 bool TFile::IsOpen() const { return handle != nullptr; }
 
 int TFile::Read(void* buffer, int count) {
-  if (!IsOpen() || buffer == nullptr) return 0;
+  if (handle == nullptr || buffer == nullptr) return 0;
   return FileRead(StreamOf(handle), buffer, count);
 }
 
 int TFile::Write(const void* buffer, int count) {
-  if (!IsOpen() || buffer == nullptr) return 0;
+  if (handle == nullptr || buffer == nullptr) return 0;
   return FileWrite(StreamOf(handle), buffer, count);
 }
 

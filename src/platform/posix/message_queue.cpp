@@ -247,6 +247,7 @@ bool TakeOrSleep(SMessageQueue* queue, SMessage& message) {
 // another core is about to post comes sooner than a wake-up. It looks as often as it has paid of
 // late, and now and then in full all the same.
 constexpr int kMostLooks = 256;
+constexpr int kLooksBeyond = 32;  // more than four times what the last success took
 constexpr int kFewestLooks = 4;
 constexpr unsigned int kWaitsPerFullLook = 16;
 
@@ -291,7 +292,7 @@ bool Look(SMessageQueue* queue, SMessage& message) {
   if (self.rested && self.looks > 0) Rest();
   for (int i = 0; i < self.looks; ++i) {
     if (TakeNow(queue, message)) {
-      self.looks = kMostLooks;
+      self.looks = std::min(4 * i + kLooksBeyond, kMostLooks);
       return true;
     }
     KEST::Pause();
