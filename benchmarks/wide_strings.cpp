@@ -5,7 +5,6 @@
 #include <wchar.h>
 
 #if KEST_PEER_ICU
-#include <unicode/uchar.h>
 #include <unicode/ustring.h>
 #endif
 #if KEST_PEER_QT
@@ -35,8 +34,9 @@ class Text {
   const unsigned short* Units() const { return m_units.data(); }
   const wchar_t* Wide() const { return m_wide.data(); }
   const char16_t* Utf16() const { return reinterpret_cast<const char16_t*>(m_units.data()); }
+  size_t Size() const { return m_units.size() - 1; }
 #if KEST_PEER_QT
-  QStringView View() const { return {Utf16(), static_cast<qsizetype>(m_units.size() - 1)}; }
+  QStringView View() const { return {Utf16(), static_cast<qsizetype>(Size())}; }
 #endif
 
  private:
@@ -84,14 +84,8 @@ void Length(const std::u16string& text) {
   const Case of = MakeCase("ucslen " + std::to_string(text.size()), text);
   Measure(of, "kest", [](const Text& s, const Text&) { return KEST::ucslen(s.Units()); });
   Measure(of, "glibc", [](const Text& s, const Text&) { return wcslen(s.Wide()); });
-#if KEST_PEER_ICU
-  Measure(of, "icu", [](const Text& s, const Text&) { return u_strlen(s.Utf16()); });
-#endif
 #if KEST_PEER_QT
   Measure(of, "qt", [](const Text& s, const Text&) { return QStringView(s.Utf16()).size(); });
-#endif
-#if KEST_PEER_UNISTRING
-  Measure(of, "unistring", [](const Text& s, const Text&) { return u16_strlen(s.Units()); });
 #endif
 }
 
@@ -100,17 +94,9 @@ void FirstUnit(const Case& of) {
           [](const Text& s, const Text& unit) { return KEST::ucschr(s.Units(), *unit.Units()); });
   Measure(of, "glibc",
           [](const Text& s, const Text& unit) { return wcschr(s.Wide(), *unit.Wide()); });
-#if KEST_PEER_ICU
-  Measure(of, "icu",
-          [](const Text& s, const Text& unit) { return u_strchr(s.Utf16(), *unit.Utf16()); });
-#endif
 #if KEST_PEER_QT
   Measure(of, "qt",
           [](const Text& s, const Text& unit) { return s.View().indexOf(QChar(*unit.Utf16())); });
-#endif
-#if KEST_PEER_UNISTRING
-  Measure(of, "unistring",
-          [](const Text& s, const Text& unit) { return u16_strchr(s.Units(), *unit.Units()); });
 #endif
 }
 
@@ -119,14 +105,6 @@ void LastUnit(const Case& of) {
           [](const Text& s, const Text& unit) { return KEST::ucsrchr(s.Units(), *unit.Units()); });
   Measure(of, "glibc",
           [](const Text& s, const Text& unit) { return wcsrchr(s.Wide(), *unit.Wide()); });
-#if KEST_PEER_ICU
-  Measure(of, "icu",
-          [](const Text& s, const Text& unit) { return u_strrchr(s.Utf16(), *unit.Utf16()); });
-#endif
-#if KEST_PEER_UNISTRING
-  Measure(of, "unistring",
-          [](const Text& s, const Text& unit) { return u16_strrchr(s.Units(), *unit.Units()); });
-#endif
 }
 
 void UnitOfASet(const Case& of) {
@@ -148,15 +126,8 @@ void Compare(const Case& of) {
   Measure(of, "kest",
           [](const Text& a, const Text& b) { return KEST::ucscmp(a.Units(), b.Units()); });
   Measure(of, "glibc", [](const Text& a, const Text& b) { return wcscmp(a.Wide(), b.Wide()); });
-#if KEST_PEER_ICU
-  Measure(of, "icu", [](const Text& a, const Text& b) { return u_strcmp(a.Utf16(), b.Utf16()); });
-#endif
 #if KEST_PEER_QT
   Measure(of, "qt", [](const Text& a, const Text& b) { return a.View().compare(b.View()); });
-#endif
-#if KEST_PEER_UNISTRING
-  Measure(of, "unistring",
-          [](const Text& a, const Text& b) { return u16_strcmp(a.Units(), b.Units()); });
 #endif
 }
 
@@ -164,11 +135,6 @@ void CompareWithoutCase(const Case& of) {
   Measure(of, "kest",
           [](const Text& a, const Text& b) { return KEST::ucsicmp(a.Units(), b.Units()); });
   Measure(of, "glibc", [](const Text& a, const Text& b) { return wcscasecmp(a.Wide(), b.Wide()); });
-#if KEST_PEER_ICU
-  Measure(of, "icu", [](const Text& a, const Text& b) {
-    return u_strcasecmp(a.Utf16(), b.Utf16(), U_FOLD_CASE_DEFAULT);
-  });
-#endif
 #if KEST_PEER_QT
   Measure(of, "qt", [](const Text& a, const Text& b) {
     return a.View().compare(b.View(), Qt::CaseInsensitive);
@@ -183,11 +149,6 @@ void Find(const Case& of) {
   Measure(of, "glibc", [](const Text& haystack, const Text& needle) {
     return wcsstr(haystack.Wide(), needle.Wide());
   });
-#if KEST_PEER_ICU
-  Measure(of, "icu", [](const Text& haystack, const Text& needle) {
-    return u_strstr(haystack.Utf16(), needle.Utf16());
-  });
-#endif
 #if KEST_PEER_QT
   Measure(of, "qt", [](const Text& haystack, const Text& needle) {
     return haystack.View().indexOf(needle.View());
@@ -197,6 +158,30 @@ void Find(const Case& of) {
   Measure(of, "unistring", [](const Text& haystack, const Text& needle) {
     return u16_strstr(haystack.Units(), needle.Units());
   });
+#endif
+}
+
+void CompareSome(const Case& of) {
+  Measure(of, "kest",
+          [](const Text& a, const Text& b) { return KEST::ucsncmp(a.Units(), b.Units(), 200); });
+  Measure(of, "glibc",
+          [](const Text& a, const Text& b) { return wcsncmp(a.Wide(), b.Wide(), 200); });
+#if KEST_PEER_UNISTRING
+  Measure(of, "unistring",
+          [](const Text& a, const Text& b) { return u16_strncmp(a.Units(), b.Units(), 200); });
+#endif
+}
+
+void Copy(const Case& of) {
+  const auto room = std::make_shared<std::vector<unsigned short>>(of->first.Size() + 1);
+  const auto wideRoom = std::make_shared<std::vector<wchar_t>>(of->first.Size() + 1);
+  Measure(of, "kest",
+          [=](const Text& s, const Text&) { return KEST::ucscpy(room->data(), s.Units()); });
+  Measure(of, "glibc",
+          [=](const Text& s, const Text&) { return wcscpy(wideRoom->data(), s.Wide()); });
+#if KEST_PEER_UNISTRING
+  Measure(of, "unistring",
+          [=](const Text& s, const Text&) { return u16_strcpy(room->data(), s.Units()); });
 #endif
 }
 
@@ -222,10 +207,12 @@ void RegisterRows() {
   UnitOfASet(MakeCase("ucspbrk 4 absent in 16384", text, u"&<>\""));
   Compare(MakeCase("ucscmp equal 16384", text, text));
   Compare(MakeCase("ucscmp equal 16", Letters(16), Letters(16)));
+  CompareSome(MakeCase("ucsncmp equal 200", Letters(256), Letters(256)));
   CompareWithoutCase(MakeCase("ucsicmp 16384", text, Letters(16384, u'A')));
   CompareWithoutCase(MakeCase("ucsicmp 16", Letters(16), Letters(16, u'A')));
   Find(MakeCase("ucsstr absent 8 in 16384", text, u"abcdefgx"));
   Find(MakeCase("ucsstr 8 at 40", Letters(40, u'A') + text, Letters(8)));
+  Copy(MakeCase("ucscpy 256", Letters(256)));
   const std::u16string same(16384, u'a'), half(32, u'a');
   Find(MakeCase("ucsstr hostile: the last differs", same, half + half + u"b"));
   Find(MakeCase("ucsstr hostile: the middle differs", same, half + u"b" + half));

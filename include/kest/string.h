@@ -131,7 +131,8 @@ KEST_API unsigned short* ucsrchr(const unsigned short* s, unsigned short ch);
 KEST_API unsigned short* ucspbrk(const unsigned short* s, const unsigned short* set);
 
 // The first place of needle in haystack; null when there is none. An empty needle is found at the
-// start, but nothing is found in an empty haystack, not even an empty needle.
+// start, but nothing is found in an empty haystack, not even an empty needle. The time is linear in
+// both texts, whatever they hold.
 KEST_API unsigned short* ucsstr(const unsigned short* haystack, const unsigned short* needle);
 
 // The number that s starts with: spaces (U+0020 alone), at most one sign, digits of base 2 to 36.

@@ -1,8 +1,6 @@
 // Reading a TBstr: single units, comparisons, the number it starts with. Comparisons end at the
 // first zero unit.
 
-#include <stdint.h>
-
 #include "string/splice.h"
 #include "string/units.h"
 
@@ -24,7 +22,7 @@ unsigned short NextNormal(const unsigned short*& cursor) {
 
 int CompareNormalText(const unsigned short* a, const unsigned short* b) {
   // What both start with is the same in normal form too.
-  const size_t common = CommonUnits(a, b, SIZE_MAX);
+  const size_t common = CommonUnits(a, b, kWholeText);
   a += common;
   b += common;
   unsigned short unitOfA;

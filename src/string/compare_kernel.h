@@ -17,7 +17,7 @@ struct SAsItIs {
 
 struct SUpper {
   static unsigned short Of(unsigned short unit) { return UpperOf(unit); }
-  KEST_FOR_KERNEL static Vector Of(Vector v) { return Upper(v); }
+  KEST_FOR_KERNEL static Vector Of(Vector v) { return WithOtherCase(v, u'a'); }
 };
 
 // 0 where the texts stop: where they differ, or end.
@@ -96,6 +96,14 @@ KEST_FOR_KERNEL KEST_READS_PAST_END inline size_t FirstStop(const unsigned short
     }
   }
   return limit;
+}
+
+// The difference of the units at which the texts stop before limit.
+template <typename Fold>
+KEST_FOR_KERNEL KEST_READS_PAST_END inline int Difference(const unsigned short* a,
+                                                          const unsigned short* b, size_t limit) {
+  const size_t stop = FirstStop<Fold>(a, b, limit);
+  return stop < limit ? Fold::Of(a[stop]) - Fold::Of(b[stop]) : 0;
 }
 
 }  // namespace KEST::KEST_KERNELS

@@ -12,12 +12,12 @@ namespace KEST {
 SFound FindUnitsPlain(const unsigned short* haystack, const unsigned short* needle, size_t length) {
   constexpr SFound kNone = {nullptr, false};
   const size_t span = length - 1;
-  if (UcsComparePlain(haystack, haystack, span) < span) return kNone;
+  if (UcsCommonPlain(haystack, haystack, span) < span) return kNone;
   size_t vain = 0;
   for (const unsigned short* last = haystack + span; *last != 0; ++last) {
     const unsigned short* place = last - span;
     if (*place != needle[0] || *last != needle[span]) continue;
-    const size_t common = UcsComparePlain(place, needle, length);
+    const size_t common = UcsCommonPlain(place, needle, length);
     if (common == length) return {place, false};
     vain += common;
     if (CostsTooMuch(vain, static_cast<size_t>(place - haystack))) return {place + 1, true};

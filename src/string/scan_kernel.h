@@ -93,6 +93,11 @@ KEST_FOR_KERNEL KEST_READS_PAST_END inline const unsigned short* FirstMarked(
   return IsOdd(s) ? FirstMarkedAtOdd(s, mark) : FirstMarkedInLong(s, mark);
 }
 
+KEST_FOR_KERNEL inline const unsigned short* FirstUnit(const unsigned short* s, unsigned short ch) {
+  const unsigned short* found = FirstMarked(s, SUnit(ch));
+  return *found == ch ? found : nullptr;
+}
+
 // The last of count units at s, at least one, that is ch; null when none is.
 KEST_FOR_KERNEL KEST_READS_PAST_END inline const unsigned short* LastUnit(const unsigned short* s,
                                                                           size_t count,

@@ -1,7 +1,5 @@
 // Comparison of wide C strings by unit value, with and without regard to ASCII case.
 
-#include <stdint.h>
-
 #include "cpu/dispatch.h"
 #include "kest/string.h"
 #include "string/ucs_compare_levels.h"
@@ -14,68 +12,83 @@ namespace {
 constexpr unsigned short AsItIs(unsigned short ch) { return ch; }
 
 template <unsigned short fold(unsigned short)>
-size_t FirstStop(const unsigned short* a, const unsigned short* b, size_t limit) {
-  size_t at = 0;
-  while (at < limit && fold(a[at]) == fold(b[at]) && a[at] != 0) ++at;
-  return at;
+int Compare(const unsigned short* a, const unsigned short* b, size_t limit) {
+  for (; limit != 0; --limit, ++a, ++b) {
+    const int difference = fold(*a) - fold(*b);
+    if (difference != 0 || *a == 0) return difference;
+  }
+  return 0;
 }
 
 }  // namespace
 
-size_t UcsComparePlain(const unsigned short* a, const unsigned short* b, size_t limit) {
-  return FirstStop<AsItIs>(a, b, limit);
+int UcsComparePlain(const unsigned short* a, const unsigned short* b) {
+  return Compare<AsItIs>(a, b, kWholeText);
 }
 
-size_t UcsCompareFoldedPlain(const unsigned short* a, const unsigned short* b, size_t limit) {
-  return FirstStop<UpperOf>(a, b, limit);
+int UcsCompareFoldedPlain(const unsigned short* a, const unsigned short* b) {
+  return Compare<UpperOf>(a, b, kWholeText);
+}
+
+int UcsCompareSomePlain(const unsigned short* a, const unsigned short* b, unsigned int limit) {
+  return Compare<AsItIs>(a, b, limit);
+}
+
+int UcsCompareSomeFoldedPlain(const unsigned short* a, const unsigned short* b,
+                              unsigned int limit) {
+  return Compare<UpperOf>(a, b, limit);
+}
+
+size_t UcsCommonPlain(const unsigned short* a, const unsigned short* b, size_t limit) {
+  size_t at = 0;
+  while (at < limit && a[at] == b[at] && a[at] != 0) ++at;
+  return at;
 }
 
 namespace {
 
-constexpr SVersions<UcsCompareRoutine> kVersions = {UcsComparePlain, UcsCompareSse2, nullptr,
-                                                    UcsCompareAvx2, UcsCompareAvx512};
-constexpr TDispatch<kVersions> FirstStopAsItIs;
+constexpr SVersions<UcsCompareRoutine> kCompare = {UcsComparePlain, UcsCompareSse2, nullptr,
+                                                   UcsCompareAvx2, UcsCompareAvx512};
+constexpr TDispatch<kCompare> CompareUnits;
 
-constexpr SVersions<UcsCompareRoutine> kFoldedVersions = {
+constexpr SVersions<UcsCompareRoutine> kCompareFolded = {
     UcsCompareFoldedPlain, UcsCompareFoldedSse2, nullptr, UcsCompareFoldedAvx2,
     UcsCompareFoldedAvx512};
-constexpr TDispatch<kFoldedVersions> FirstStopFolded;
+constexpr TDispatch<kCompareFolded> CompareFolded;
 
-// No text is as long as that.
-constexpr size_t kWholeText = SIZE_MAX;
+constexpr SVersions<UcsCompareSomeRoutine> kCompareSome = {
+    UcsCompareSomePlain, UcsCompareSomeSse2, nullptr, UcsCompareSomeAvx2, UcsCompareSomeAvx512};
+constexpr TDispatch<kCompareSome> CompareSome;
 
-template <unsigned short fold(unsigned short), typename FirstStop>
-int Compare(const unsigned short* a, const unsigned short* b, size_t limit, FirstStop firstStop) {
-  if (limit == 0) return 0;
-  a = OrEmpty(a);
-  b = OrEmpty(b);
-  // Most texts that differ do so at once.
-  const int difference = fold(*a) - fold(*b);
-  if (difference != 0 || *a == 0) return difference;
-  const size_t stop = firstStop(a, b, limit);
-  return stop < limit ? fold(a[stop]) - fold(b[stop]) : 0;
-}
+constexpr SVersions<UcsCompareSomeRoutine> kCompareSomeFolded = {
+    UcsCompareSomeFoldedPlain, UcsCompareSomeFoldedSse2, nullptr, UcsCompareSomeFoldedAvx2,
+    UcsCompareSomeFoldedAvx512};
+constexpr TDispatch<kCompareSomeFolded> CompareSomeFolded;
+
+constexpr SVersions<UcsCommonRoutine> kCommon = {UcsCommonPlain, UcsCommonSse2, nullptr,
+                                                 UcsCommonAvx2, UcsCommonAvx512};
+constexpr TDispatch<kCommon> FirstStop;
 
 }  // namespace
 
 size_t CommonUnits(const unsigned short* a, const unsigned short* b, size_t limit) {
-  return FirstStopAsItIs(a, b, limit);
+  return FirstStop(a, b, limit);
 }
 
 int ucscmp(const unsigned short* a, const unsigned short* b) {
-  return Compare<AsItIs>(a, b, kWholeText, FirstStopAsItIs);
+  return CompareUnits(OrEmpty(a), OrEmpty(b));
 }
 
 int ucsncmp(const unsigned short* a, const unsigned short* b, unsigned int n) {
-  return Compare<AsItIs>(a, b, n, FirstStopAsItIs);
+  return CompareSome(OrEmpty(a), OrEmpty(b), n);
 }
 
 int ucsicmp(const unsigned short* a, const unsigned short* b) {
-  return Compare<UpperOf>(a, b, kWholeText, FirstStopFolded);
+  return CompareFolded(OrEmpty(a), OrEmpty(b));
 }
 
 int ucsnicmp(const unsigned short* a, const unsigned short* b, unsigned int n) {
-  return Compare<UpperOf>(a, b, n, FirstStopFolded);
+  return CompareSomeFolded(OrEmpty(a), OrEmpty(b), n);
 }
 
 }  // namespace KEST

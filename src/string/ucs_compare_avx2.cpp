@@ -5,14 +5,31 @@
 
 namespace KEST {
 
-KEST_FOR_AVX2 KEST_REALIGN size_t UcsCompareAvx2(const unsigned short* a, const unsigned short* b,
-                                                 size_t limit) {
-  return KEST_KERNELS::FirstStop<KEST_KERNELS::SAsItIs>(a, b, limit);
+using namespace KEST_KERNELS;
+
+KEST_FOR_AVX2 KEST_REALIGN int UcsCompareAvx2(const unsigned short* a, const unsigned short* b) {
+  return Difference<SAsItIs>(a, b, kWholeText);
 }
 
-KEST_FOR_AVX2 KEST_REALIGN size_t UcsCompareFoldedAvx2(const unsigned short* a,
-                                                       const unsigned short* b, size_t limit) {
-  return KEST_KERNELS::FirstStop<KEST_KERNELS::SUpper>(a, b, limit);
+KEST_FOR_AVX2 KEST_REALIGN int UcsCompareFoldedAvx2(const unsigned short* a,
+                                                    const unsigned short* b) {
+  return Difference<SUpper>(a, b, kWholeText);
+}
+
+KEST_FOR_AVX2 KEST_REALIGN int UcsCompareSomeAvx2(const unsigned short* a, const unsigned short* b,
+                                                  unsigned int limit) {
+  return Difference<SAsItIs>(a, b, limit);
+}
+
+KEST_FOR_AVX2 KEST_REALIGN int UcsCompareSomeFoldedAvx2(const unsigned short* a,
+                                                        const unsigned short* b,
+                                                        unsigned int limit) {
+  return Difference<SUpper>(a, b, limit);
+}
+
+KEST_FOR_AVX2 KEST_REALIGN size_t UcsCommonAvx2(const unsigned short* a, const unsigned short* b,
+                                                size_t limit) {
+  return FirstStop<SAsItIs>(a, b, limit);
 }
 
 }  // namespace KEST

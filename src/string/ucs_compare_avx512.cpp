@@ -5,14 +5,32 @@
 
 namespace KEST {
 
-KEST_FOR_AVX512 KEST_REALIGN size_t UcsCompareAvx512(const unsigned short* a,
-                                                     const unsigned short* b, size_t limit) {
-  return KEST_KERNELS::FirstStop<KEST_KERNELS::SAsItIs>(a, b, limit);
+using namespace KEST_KERNELS;
+
+KEST_FOR_AVX512 KEST_REALIGN int UcsCompareAvx512(const unsigned short* a,
+                                                  const unsigned short* b) {
+  return Difference<SAsItIs>(a, b, kWholeText);
 }
 
-KEST_FOR_AVX512 KEST_REALIGN size_t UcsCompareFoldedAvx512(const unsigned short* a,
-                                                           const unsigned short* b, size_t limit) {
-  return KEST_KERNELS::FirstStop<KEST_KERNELS::SUpper>(a, b, limit);
+KEST_FOR_AVX512 KEST_REALIGN int UcsCompareFoldedAvx512(const unsigned short* a,
+                                                        const unsigned short* b) {
+  return Difference<SUpper>(a, b, kWholeText);
+}
+
+KEST_FOR_AVX512 KEST_REALIGN int UcsCompareSomeAvx512(const unsigned short* a,
+                                                      const unsigned short* b, unsigned int limit) {
+  return Difference<SAsItIs>(a, b, limit);
+}
+
+KEST_FOR_AVX512 KEST_REALIGN int UcsCompareSomeFoldedAvx512(const unsigned short* a,
+                                                            const unsigned short* b,
+                                                            unsigned int limit) {
+  return Difference<SUpper>(a, b, limit);
+}
+
+KEST_FOR_AVX512 KEST_REALIGN size_t UcsCommonAvx512(const unsigned short* a,
+                                                    const unsigned short* b, size_t limit) {
+  return FirstStop<SAsItIs>(a, b, limit);
 }
 
 }  // namespace KEST

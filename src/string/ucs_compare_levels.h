@@ -1,5 +1,4 @@
-// The versions of comparing wide C strings: the index of the first unit at which they differ or
-// end, or limit when none comes before it. The folding ones compare upper-case ASCII.
+// The versions of comparing wide C strings. The folded ones compare upper-case ASCII.
 
 #ifndef KEST_SRC_STRING_UCS_COMPARE_LEVELS_H
 #define KEST_SRC_STRING_UCS_COMPARE_LEVELS_H
@@ -8,11 +7,23 @@
 
 namespace KEST {
 
-using UcsCompareRoutine = size_t(const unsigned short* a, const unsigned short* b, size_t limit);
-
+// The difference of the first units that differ, 0 when none do.
+using UcsCompareRoutine = int(const unsigned short* a, const unsigned short* b);
 UcsCompareRoutine UcsComparePlain, UcsCompareSse2, UcsCompareAvx2, UcsCompareAvx512;
 UcsCompareRoutine UcsCompareFoldedPlain, UcsCompareFoldedSse2, UcsCompareFoldedAvx2,
     UcsCompareFoldedAvx512;
+
+// The same for no more than limit units.
+using UcsCompareSomeRoutine = int(const unsigned short* a, const unsigned short* b,
+                                  unsigned int limit);
+UcsCompareSomeRoutine UcsCompareSomePlain, UcsCompareSomeSse2, UcsCompareSomeAvx2,
+    UcsCompareSomeAvx512;
+UcsCompareSomeRoutine UcsCompareSomeFoldedPlain, UcsCompareSomeFoldedSse2, UcsCompareSomeFoldedAvx2,
+    UcsCompareSomeFoldedAvx512;
+
+// The index of the first unit at which they differ or end, limit when that comes first.
+using UcsCommonRoutine = size_t(const unsigned short* a, const unsigned short* b, size_t limit);
+UcsCommonRoutine UcsCommonPlain, UcsCommonSse2, UcsCommonAvx2, UcsCommonAvx512;
 
 }  // namespace KEST
 

@@ -59,7 +59,7 @@ bool IsShort(const unsigned short* set) {
 
 const unsigned short* UcsFindPlain(const unsigned short* s, unsigned short ch) {
   while (*s != ch && *s != 0) ++s;
-  return s;
+  return *s == ch ? s : nullptr;
 }
 
 const unsigned short* UcsFindLastPlain(const unsigned short* s, size_t count, unsigned short ch) {
@@ -77,7 +77,7 @@ namespace {
 
 constexpr SVersions<UcsFindRoutine> kFindVersions = {UcsFindPlain, UcsFindSse2, nullptr,
                                                      UcsFindAvx2, UcsFindAvx512};
-constexpr TDispatch<kFindVersions> FindUnitOrEnd;
+constexpr TDispatch<kFindVersions> FindFirstUnit;
 
 constexpr SVersions<UcsFindLastRoutine> kFindLastVersions = {
     UcsFindLastPlain, UcsFindLastSse2, nullptr, UcsFindLastAvx2, UcsFindLastAvx512};
@@ -90,12 +90,11 @@ constexpr TDispatch<kFindOneOfVersions> FindOneOfShortSetOrEnd;
 }  // namespace
 
 const unsigned short* FindUnit(const unsigned short* s, unsigned short ch) {
-  const unsigned short* found = FindUnitOrEnd(s, ch);
-  return *found == ch ? found : nullptr;
+  return FindFirstUnit(s, ch);
 }
 
 unsigned short* ucschr(const unsigned short* s, unsigned short ch) {
-  return s != nullptr ? const_cast<unsigned short*>(FindUnit(s, ch)) : nullptr;
+  return s != nullptr ? const_cast<unsigned short*>(FindFirstUnit(s, ch)) : nullptr;
 }
 
 unsigned short* ucsrchr(const unsigned short* s, unsigned short ch) {

@@ -7,7 +7,7 @@ namespace KEST {
 
 KEST_FOR_AVX2 KEST_REALIGN const unsigned short* UcsFindAvx2(const unsigned short* s,
                                                              unsigned short ch) {
-  return KEST_KERNELS::FirstMarked(s, KEST_KERNELS::SUnit(ch));
+  return KEST_KERNELS::FirstUnit(s, ch);
 }
 
 KEST_FOR_AVX2 KEST_REALIGN const unsigned short* UcsFindLastAvx2(const unsigned short* s,

@@ -7,7 +7,7 @@ namespace KEST {
 
 KEST_FOR_AVX512 KEST_REALIGN const unsigned short* UcsFindAvx512(const unsigned short* s,
                                                                  unsigned short ch) {
-  return KEST_KERNELS::FirstMarked(s, KEST_KERNELS::SUnit(ch));
+  return KEST_KERNELS::FirstUnit(s, ch);
 }
 
 KEST_FOR_AVX512 KEST_REALIGN const unsigned short* UcsFindLastAvx512(const unsigned short* s,

@@ -7,7 +7,7 @@
 
 namespace KEST {
 
-// The first unit of s that is ch, or its terminator.
+// The first unit of s that is ch; null when none is. A ch of 0 finds the terminator.
 using UcsFindRoutine = const unsigned short*(const unsigned short* s, unsigned short ch);
 UcsFindRoutine UcsFindPlain, UcsFindSse2, UcsFindAvx2, UcsFindAvx512;
 

@@ -6,6 +6,7 @@
 #define KEST_SRC_STRING_UNITS_H
 
 #include <stddef.h>
+#include <stdint.h>
 #include <string.h>
 
 namespace KEST {
@@ -15,6 +16,9 @@ inline const unsigned short* OrEmpty(const unsigned short* s) {
   static constexpr unsigned short kEmpty = 0;
   return s != nullptr ? s : &kEmpty;
 }
+
+// A limit for the whole of a text: none is as long as that.
+constexpr size_t kWholeText = SIZE_MAX;
 
 // Units before the terminator: ucslen for the library's own calls.
 size_t UnitLength(const unsigned short* s);

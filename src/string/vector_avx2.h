@@ -25,6 +25,10 @@ KEST_FOR_AVX2 KEST_READS_PAST_END inline Vector LoadAligned(const unsigned short
   return _mm256_load_si256(reinterpret_cast<const __m256i*>(s));
 }
 
+KEST_FOR_AVX2 inline void Store(unsigned short* s, Vector v) {
+  _mm256_storeu_si256(reinterpret_cast<__m256i*>(s), v);
+}
+
 KEST_FOR_AVX2 inline Vector Broadcast(unsigned short unit) {
   return _mm256_set1_epi16(static_cast<short>(unit));
 }
@@ -39,11 +43,12 @@ KEST_FOR_AVX2 inline Vector Common(Vector a, Vector b) {
   return _mm256_and_si256(a, _mm256_cmpeq_epi16(a, b));
 }
 
-// In upper case. Letters become the smallest units that comparison with a sign knows.
-KEST_FOR_AVX2 inline Vector Upper(Vector v) {
-  const Vector moved = _mm256_add_epi16(v, Broadcast(0x8000 - u'a'));
+// With the other case for the letters from first on. They become the smallest units that comparison
+// with a sign knows.
+KEST_FOR_AVX2 inline Vector WithOtherCase(Vector v, unsigned short first) {
+  const Vector moved = _mm256_sub_epi16(v, Broadcast(static_cast<unsigned short>(first - 0x8000)));
   const Vector letters = _mm256_cmpgt_epi16(Broadcast(0x8000 + 26), moved);
-  return _mm256_sub_epi16(v, _mm256_and_si256(letters, Broadcast(u'a' - u'A')));
+  return _mm256_xor_si256(v, _mm256_and_si256(letters, Broadcast(u'a' ^ u'A')));
 }
 
 // The smaller unit of each pair.

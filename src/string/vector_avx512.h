@@ -25,6 +25,8 @@ KEST_FOR_AVX512 KEST_READS_PAST_END inline Vector LoadAligned(const unsigned sho
   return _mm512_load_si512(s);
 }
 
+KEST_FOR_AVX512 inline void Store(unsigned short* s, Vector v) { _mm512_storeu_si512(s, v); }
+
 KEST_FOR_AVX512 inline Vector Broadcast(unsigned short unit) {
   return _mm512_set1_epi16(static_cast<short>(unit));
 }
@@ -39,11 +41,11 @@ KEST_FOR_AVX512 inline Vector Common(Vector a, Vector b) {
   return _mm512_maskz_mov_epi16(_mm512_cmpeq_epi16_mask(a, b), a);
 }
 
-// In upper case.
-KEST_FOR_AVX512 inline Vector Upper(Vector v) {
+// With the other case for the letters from first on.
+KEST_FOR_AVX512 inline Vector WithOtherCase(Vector v, unsigned short first) {
   const __mmask32 letters =
-      _mm512_cmplt_epu16_mask(_mm512_sub_epi16(v, Broadcast(u'a')), Broadcast(26));
-  return _mm512_mask_sub_epi16(v, letters, v, Broadcast(u'a' - u'A'));
+      _mm512_cmplt_epu16_mask(_mm512_sub_epi16(v, Broadcast(first)), Broadcast(26));
+  return _mm512_xor_si512(v, _mm512_maskz_mov_epi16(letters, Broadcast(u'a' ^ u'A')));
 }
 
 // The smaller unit of each pair.

@@ -25,6 +25,10 @@ KEST_FOR_SSE2 KEST_READS_PAST_END inline Vector LoadAligned(const unsigned short
   return _mm_load_si128(reinterpret_cast<const __m128i*>(s));
 }
 
+KEST_FOR_SSE2 inline void Store(unsigned short* s, Vector v) {
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(s), v);
+}
+
 KEST_FOR_SSE2 inline Vector Broadcast(unsigned short unit) {
   return _mm_set1_epi16(static_cast<short>(unit));
 }
@@ -39,11 +43,12 @@ KEST_FOR_SSE2 inline Vector Common(Vector a, Vector b) {
   return _mm_and_si128(a, _mm_cmpeq_epi16(a, b));
 }
 
-// In upper case. Letters become the smallest units that comparison with a sign knows.
-KEST_FOR_SSE2 inline Vector Upper(Vector v) {
-  const Vector moved = _mm_add_epi16(v, Broadcast(0x8000 - u'a'));
+// With the other case for the letters from first on. They become the smallest units that comparison
+// with a sign knows.
+KEST_FOR_SSE2 inline Vector WithOtherCase(Vector v, unsigned short first) {
+  const Vector moved = _mm_sub_epi16(v, Broadcast(static_cast<unsigned short>(first - 0x8000)));
   const Vector letters = _mm_cmplt_epi16(moved, Broadcast(0x8000 + 26));
-  return _mm_sub_epi16(v, _mm_and_si128(letters, Broadcast(u'a' - u'A')));
+  return _mm_xor_si128(v, _mm_and_si128(letters, Broadcast(u'a' ^ u'A')));
 }
 
 // The smaller unit of each pair.

@@ -200,6 +200,33 @@ TEST(UcsLevels, UpperCaseIsThatOfAsciiInEveryLane) {
   }
 }
 
+// Every unit in some lane, texts of every length, and nothing written behind them.
+TEST(UcsLevels, CaseEverywhere) {
+  const Pages pages(u'k');
+  unsigned short next = 0;
+  for (size_t length = 0; length <= kLongest; ++length) {
+    for (unsigned short* s : {pages.End() - length - 1, pages.Begin() + length % 64}) {
+      for (size_t repeat = 0; repeat < 2; ++repeat) {
+        std::u16string units(length, u'x');
+        for (char16_t& unit : units) unit = static_cast<char16_t>(next++ % 0x300 + 1);
+        if (length > 0) units[length / 2] = static_cast<char16_t>(next * 97 | 1);
+        std::copy(units.begin(), units.end(), s);
+        s[length] = 0;
+        const bool up = repeat == 0;
+        ASSERT_EQ(s, up ? KEST::ucsupr(s) : KEST::ucslwr(s));
+        for (size_t at = 0; at < length; ++at) {
+          ASSERT_EQ(up ? KEST::touupper(units[at]) : KEST::toulower(units[at]), s[at]) << length;
+        }
+        ASSERT_EQ(0, s[length]);
+        if (s + length + 1 < pages.End()) {
+          ASSERT_EQ(u'k', s[length + 1]);
+        }
+        std::fill_n(s, length + 1, u'k');
+      }
+    }
+  }
+}
+
 TEST(UcsLevels, TextEverywhere) {
   const Pages pages(u'.');
   for (const char16_t* needle :
