@@ -1,7 +1,11 @@
-// Waiting for another core without sleeping.
+// Threads on different cores.
 
 #ifndef KEST_SRC_PLATFORM_POSIX_CORES_H
 #define KEST_SRC_PLATFORM_POSIX_CORES_H
+
+#include <stddef.h>
+
+#include "kest/thread.h"
 
 namespace KEST {
 
@@ -9,8 +13,21 @@ namespace KEST {
 // needs the core that it would look from.
 bool HasSeveralCores();
 
+// What one core writes while another one reads something else lies this far apart.
+constexpr size_t kCacheLine = 64;
+
 // Between two looks at what another core is about to write.
 inline void Pause() { __builtin_ia32_pause(); }
+
+// Between two looks at what another thread holds for some instructions, the first with 0. A thread
+// that was interrupted meanwhile goes on in the end, whatever the priorities.
+inline void PauseOrSleep(int looks) {
+  if (looks < 100) {
+    Pause();
+  } else {
+    TThread::ThreadSleep(1);
+  }
+}
 
 }  // namespace KEST
 

@@ -12,7 +12,6 @@
 #include <atomic>
 
 #include "frame/object.h"
-#include "kest/thread.h"
 #include "platform/posix/cores.h"
 
 namespace KEST {
@@ -22,9 +21,6 @@ struct SMessage {
   void* param1;
   void* param2;
 };
-
-// What one core writes while another one reads something else lies this far apart.
-constexpr size_t kCacheLine = 64;
 
 // Aligned like its members, which KestMemAlloc does not do.
 class TMessageLane {
@@ -155,15 +151,10 @@ inline TMessageLane::SSlot* TMessageLane::OldestFilled() {
   return slot.filled.load(std::memory_order_acquire) ? &slot : nullptr;
 }
 
-// There is one consumer, so hardly anybody ever waits here. Who does lets a thread that was
-// interrupted go on, whatever the priorities.
+// There is one consumer, so hardly anybody ever waits here.
 inline void TMessageLane::BeginTaking() {
   for (int looks = 0; taking.exchange(true, std::memory_order_acquire); ++looks) {
-    if (looks < 100) {
-      Pause();
-    } else {
-      TThread::ThreadSleep(1);
-    }
+    PauseOrSleep(looks);
   }
 }
 

@@ -3,17 +3,14 @@
 // condition. A handle is an SMessageQueue, and null only where that is said.
 //
 // With the default hooks messages go through a lane, which uses its memory again. With a client's
-// hooks each one takes a record and its share of a block of ten list nodes, and an empty list holds
-// no memory. The hooks may change under a queue: what is on the lane is older than what is on the
-// list.
+// hooks they go on a list, with the memory that is described. The hooks may change under a queue:
+// what is on the lane is older than what is on the list.
 
 #include <stddef.h>
 
 #include <algorithm>
-#include <atomic>
 #include <memory>
 
-#include "collections/node_pool.h"
 #include "frame/default_hooks.h"
 #include "frame/layout.h"
 #include "frame/object.h"
@@ -21,28 +18,19 @@
 #include "kest/thread.h"
 #include "platform/posix/cores.h"
 #include "platform/posix/message_lane.h"
+#include "platform/posix/message_list.h"
 
 namespace {
 
 using KEST::SMessage;
 using KEST::SPlex;
 using KEST::TMessageLane;
-using SNode = KEST::TPtrList::SNode;
+using KEST::TMessageList;
 
-constexpr int kNodesPerBlock = 10;
 KEST_SIZE_IS(SMessage, 12, 24);
 
-// The nodes of a list that are not in use, and the blocks that all of them lie in.
-struct SNodes {
-  SNode* free = nullptr;
-  SPlex* blocks = nullptr;
-};
-
 struct SMessageQueue {
-  SNode* oldest = nullptr;  // the list, of SMessage
-  SNode* newest = nullptr;
-  std::atomic<int> count{0};  // messages on the list
-  SNodes nodes;
+  TMessageList list;
   TMessageLane* lane = nullptr;  // of a queue that was created with the default hooks
   KEST::TCondVar signal;         // its mutex guards the list and the posters' end of the lane
   void (*availableCallback)(void*) = nullptr;
@@ -95,16 +83,6 @@ void FreeQueue(SMessageQueue* queue) {
 
 SMessageQueue* ToQueue(void* queue) { return static_cast<SMessageQueue*>(queue); }
 
-// Changes under the lock; without it, a hint.
-bool IsListEmpty(const SMessageQueue* queue) {
-  return queue->count.load(std::memory_order_relaxed) == 0;
-}
-
-void AddToCount(SMessageQueue* queue, int difference) {
-  queue->count.store(queue->count.load(std::memory_order_relaxed) + difference,
-                     std::memory_order_relaxed);
-}
-
 auto AvailableCallback(const SMessageQueue* queue) {
   return __atomic_load_n(&queue->availableCallback, __ATOMIC_ACQUIRE);
 }
@@ -119,50 +97,12 @@ void Announce(SMessageQueue* queue) {
   }
 }
 
-// ---- The list. The lock is held.
-
-void AddNodes(SNodes& nodes) { KEST::AddBlock(nodes.free, nodes.blocks, kNodesPerBlock); }
-
-// Nodes from one block, or none.
-void GiveNodes(SNodes& nodes, const SNodes& block) {
-  if (block.blocks == nullptr) return;
-  SNode** end = &nodes.free;
-  while (*end != nullptr) end = &(*end)->next;
-  *end = block.free;
-  block.blocks->next = nodes.blocks;
-  nodes.blocks = block.blocks;
-}
-
-void Append(SMessageQueue* queue, SMessage* message) {
-  SNode* const node = queue->nodes.free;
-  queue->nodes.free = node->next;
-  *node = {nullptr, nullptr, message};
-  (IsListEmpty(queue) ? queue->oldest : queue->newest->next) = node;
-  queue->newest = node;
-  AddToCount(queue, 1);
-}
-
-// Null when there is none. emptied gets the nodes of a list that is now empty: freeing them can
-// wait until the lock has been given back.
-SMessage* RemoveOldest(SMessageQueue* queue, SPlex*& emptied) {
-  if (IsListEmpty(queue)) return nullptr;
-  SNode* const node = queue->oldest;
-  queue->oldest = node->next;
-  KEST::ReturnNode(queue->nodes.free, node);
-  AddToCount(queue, -1);
-  if (IsListEmpty(queue)) {
-    emptied = queue->nodes.blocks;
-    queue->nodes = SNodes();
-  }
-  return static_cast<SMessage*>(node->data);
-}
-
 // ---- Posting
 
 // False when older messages are on the list, or without memory, which added tells apart.
 bool PostToLane(SMessageQueue* queue, const SMessage& message, bool& added) {
   queue->signal.Lock();
-  const bool inOrder = IsListEmpty(queue);
+  const bool inOrder = queue->list.IsEmpty();
   if (inOrder) {
     const bool wasEmpty = queue->lane->IsEmpty();
     added = queue->lane->Post(message);
@@ -175,16 +115,15 @@ bool PostToLane(SMessageQueue* queue, const SMessage& message, bool& added) {
 
 bool PostToList(SMessageQueue* queue, SMessage* message) {
   // An empty list has no nodes. They are taken before the lock, which the consumer may want.
-  SNodes fresh;
-  const bool first = IsListEmpty(queue);
-  if (first) AddNodes(fresh);
+  TMessageList::SNodes fresh;
+  const bool first = queue->list.SeemsEmpty();
+  if (first) fresh.Get();
   queue->signal.Lock();
-  GiveNodes(queue->nodes, fresh);
-  if (!first && queue->nodes.free == nullptr) AddNodes(queue->nodes);
-  const bool added = queue->nodes.free != nullptr;
+  const bool added = queue->list.MakeRoom(fresh, !first);
   if (added) {
-    const bool wasEmpty = IsListEmpty(queue) && (queue->lane == nullptr || queue->lane->IsEmpty());
-    Append(queue, message);
+    const bool wasEmpty =
+        queue->list.IsEmpty() && (queue->lane == nullptr || queue->lane->IsEmpty());
+    queue->list.Append(message);
     if (wasEmpty) Announce(queue);
   }
   queue->signal.Unlock();
@@ -202,7 +141,7 @@ struct SLeft {
 // The lock is held.
 bool TakeLocked(SMessageQueue* queue, SMessage& message, SLeft& left) {
   if (queue->lane != nullptr && queue->lane->Take(message)) return true;
-  left.record = RemoveOldest(queue, left.nodes);
+  left.record = queue->list.Take(left.nodes);
   if (left.record == nullptr) return false;
   message = *left.record;
   return true;
@@ -217,11 +156,20 @@ void UnlockAndFree(SMessageQueue* queue, const SLeft& left) {
 // Takes the oldest message if there is one, without the lock where that is possible. With a
 // callback it is not: that has to have run before others see the message that it announces.
 bool TakeNow(SMessageQueue* queue, SMessage& message) {
-  if (AvailableCallback(queue) == nullptr) {
-    if (queue->lane != nullptr && queue->lane->Take(message)) return true;
-    if (IsListEmpty(queue)) return false;
-  }
   SLeft left;
+  if (AvailableCallback(queue) == nullptr) {
+    if (queue->list.IsFrontApart()) {
+      left.record = queue->list.TakeUnlessLast();
+      if (left.record != nullptr) {
+        message = *left.record;
+        KEST::DestroyObject(left.record);
+        return true;
+      }
+    } else if (queue->lane != nullptr && queue->lane->Take(message)) {
+      return true;
+    }
+    if (queue->list.SeemsEmpty()) return false;
+  }
   queue->signal.Lock();
   const bool taken = TakeLocked(queue, message, left);
   UnlockAndFree(queue, left);
@@ -254,7 +202,7 @@ constexpr unsigned int kWaitsPerFullLook = 16;
 // When messages come in a stream, a consumer that looks at once takes each from under the poster's
 // hands, and both wait for the memory between them. Then it rests first, so that several come
 // together. Now and then it tries whether they do.
-constexpr int kPausesPerRest = 16;
+constexpr int kPausesPerRest = 32;
 constexpr unsigned int kWaitsPerRest = 32;
 constexpr unsigned int kStream = 4;
 
@@ -308,17 +256,22 @@ namespace KEST {
 void* InternalCreateMessageQueue() {
   SMessageQueue* const queue =
       UsesDefaultHooks() ? CreateQueueWithLane() : CreateObject<SMessageQueue>();
-  if (queue == nullptr || queue->signal.Init() == 0) return queue;
-  FreeQueue(queue);
-  return nullptr;
+  if (queue == nullptr) return nullptr;
+  if (queue->signal.Init() != 0) {
+    FreeQueue(queue);
+    return nullptr;
+  }
+  if (queue->lane == nullptr) queue->list.MoveFront();
+  return queue;
 }
 
 void InternalDestroyMessageQueue(void* queue) {
   SMessageQueue* const self = ToQueue(queue);
   if (self == nullptr) return;
   SPlex* nodes = nullptr;
-  while (SMessage* message = RemoveOldest(self, nodes)) DestroyObject(message);
+  while (SMessage* message = self->list.Take(nodes)) DestroyObject(message);
   if (nodes != nullptr) nodes->FreeDataChain();
+  self->list.MoveFrontBack();
   self->signal.Term();
   FreeQueue(self);
 }
