@@ -3,11 +3,46 @@
 
 #include <algorithm>
 
+#include "cpu/dispatch.h"
 #include "string/bstr_block.h"
 #include "string/splice.h"
+#include "string/unit_edit_levels.h"
 #include "string/units.h"
 
 namespace KEST {
+
+namespace {
+
+constexpr SVersions<ReplaceUnitRoutine> kReplaceUnit = {ReplaceUnitPlain, ReplaceUnitSse2, nullptr,
+                                                        ReplaceUnitAvx2, ReplaceUnitAvx512};
+constexpr TDispatch<kReplaceUnit> ReplaceUnit;
+
+constexpr SVersions<RemoveUnitRoutine> kRemoveUnit = {RemoveUnitPlain, RemoveUnitSse2, nullptr,
+                                                      RemoveUnitAvx2, RemoveUnitAvx512};
+constexpr TDispatch<kRemoveUnit> RemoveUnit;
+
+}  // namespace
+
+size_t ReplaceUnitPlain(unsigned short* text, size_t count, unsigned short from,
+                        unsigned short to) {
+  size_t replaced = 0;
+  for (; count != 0; ++text, --count) {
+    if (*text != from) continue;
+    *text = to;
+    ++replaced;
+  }
+  return replaced;
+}
+
+unsigned short* RemoveUnitPlain(unsigned short* dest, const unsigned short* text, size_t count,
+                                unsigned short ch) {
+  for (; count != 0; ++text, --count) {
+    const unsigned short unit = *text;
+    *dest = unit;
+    dest += unit != ch ? 1 : 0;
+  }
+  return dest;
+}
 
 void TBstr::MakeUpper() {
   Discard(multibyte);
@@ -56,19 +91,14 @@ void TBstr::Normalize() {
 
 int TBstr::Replace(unsigned short from, unsigned short to) {
   Discard(multibyte);
-  int replaced = 0;
-  std::for_each(string, string + Length(string), [&](unsigned short& unit) {
-    if (unit != from) return;
-    unit = to;
-    ++replaced;
-  });
-  return replaced;
+  return static_cast<int>(ReplaceUnit(string, BstrLength(string), from, to));
 }
 
 int TBstr::Remove(unsigned short ch) {
   Discard(multibyte);
   const int length = Length(string);
-  const int kept = static_cast<int>(std::remove(string, string + length, ch) - string);
+  const int kept =
+      static_cast<int>(RemoveUnit(string, string, static_cast<size_t>(length), ch) - string);
   AdjustBuffer(kept, true);
   return length - kept;
 }

@@ -2,6 +2,8 @@
 #include <limits.h>
 
 #include "kest/string.h"
+#include "support/guarded_hooks.h"
+#include "support/random.h"
 #include "support/test_allocator.h"
 #include "support/text.h"
 
@@ -349,5 +351,52 @@ TEST(BstrEdit, AFailureLeavesTheStringEmpty) {
       EXPECT_EQ(s.GetLength(), length);
       EXPECT_EQ(allocator.Refused() > 0, s.IsEmpty());
     });
+  }
+}
+
+// The unit at each place, and at none, in texts that end where nothing can be read or written.
+TEST(BstrEdit, ReplacesAndRemovesAUnitAtEachPlace) {
+  const kest_test::GuardedHooks hooks;
+  for (size_t length = 1; length <= 100; length += 1 + length / 24) {
+    for (size_t place = 0; place <= length; ++place) {
+      std::u16string text(length, u'\u7878');  // 'x' twice
+      if (place < length) text[place] = u'x';
+      const int count = place < length ? 1 : 0;
+      TBstr s = Bstr(text);
+      ASSERT_EQ(count, s.Replace(u'x', u'y'));
+      std::u16string model = text;
+      if (place < length) model[place] = u'y';
+      ASSERT_EQ(model, TextOf(s));
+      ASSERT_EQ(count, s.Remove(u'y'));
+      if (place < length) model.erase(place, 1);
+      ASSERT_EQ(model, TextOf(s));
+    }
+  }
+}
+
+TEST(BstrEdit, ReplacesAndRemovesManyUnits) {
+  kest_test::Random random;
+  SCOPED_TRACE(random.Seed());
+  const kest_test::GuardedHooks hooks;
+  for (int length = 0; length <= 200; ++length) {
+    for (int share = 0; share <= 8; share += 2) {
+      std::u16string text(static_cast<size_t>(length), u'-');
+      for (char16_t& unit : text) {
+        if (random.Between(1, 8) <= share) unit = static_cast<char16_t>(random.Between('w', 'y'));
+      }
+      std::u16string replaced, removed;
+      int count = 0;
+      for (char16_t unit : text) {
+        count += unit == 'x';
+        replaced += unit == 'x' ? u'z' : unit;
+        if (unit != 'x') removed += unit;
+      }
+      TBstr s = Bstr(text);
+      ASSERT_EQ(count, s.Replace(u'x', u'z'));
+      ASSERT_EQ(replaced, TextOf(s));
+      s = Bstr(text);
+      ASSERT_EQ(count, s.Remove(u'x'));
+      ASSERT_EQ(removed, TextOf(s));
+    }
   }
 }
