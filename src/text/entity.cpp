@@ -5,6 +5,7 @@
 #include "cpu/dispatch.h"
 #include "kest/text.h"
 #include "string/splice.h"
+#include "text/copy_until.h"
 #include "text/escape.h"
 #include "text/escape_levels.h"
 #include "text/scratch.h"
@@ -36,16 +37,12 @@ unsigned short CharacterNamed(const unsigned short* name, ptrdiff_t length) {
 // another '&' or the end of the text cuts short.
 unsigned short* Unescape(const unsigned short* text, const unsigned short* end,
                          unsigned short* dest) {
-  const unsigned short* open = nullptr;
-  for (; text != end; ++text) {
-    if (*text == '&') {
-      open = text;
-    } else if (open == nullptr) {
-      *dest++ = *text;
-    } else if (*text == ';') {
-      if (const unsigned short ch = CharacterNamed(open, text + 1 - open)) *dest++ = ch;
-      open = nullptr;
-    }
+  while ((text = CopyUntil('&', text, end, dest)) != end) {
+    const unsigned short* const open = text++;
+    while (text != end && *text != ';' && *text != '&') ++text;
+    if (text == end || *text == '&') continue;
+    ++text;
+    if (const unsigned short ch = CharacterNamed(open, text - open)) *dest++ = ch;
   }
   return dest;
 }

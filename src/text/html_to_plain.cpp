@@ -2,6 +2,7 @@
 
 #include "kest/text.h"
 #include "string/splice.h"
+#include "text/copy_until.h"
 #include "text/scratch.h"
 
 namespace {
@@ -18,18 +19,14 @@ bool IsBreak(const unsigned short* tag, ptrdiff_t length) {
 // Writes the text without its tags, and a terminator. A tag that is never closed is dropped with
 // what follows; one that another '<' cuts short starts again there.
 void StripTags(const unsigned short* html, const unsigned short* end, unsigned short* dest) {
-  const unsigned short* open = nullptr;
-  for (; html != end; ++html) {
-    if (*html == '<') {
-      open = html;
-    } else if (open == nullptr) {
-      *dest++ = *html;
-    } else if (*html == '>') {
-      if (IsBreak(open, html + 1 - open)) {
-        *dest++ = '\r';
-        *dest++ = '\n';
-      }
-      open = nullptr;
+  while ((html = CopyUntil('<', html, end, dest)) != end) {
+    const unsigned short* const open = html++;
+    while (html != end && *html != '>' && *html != '<') ++html;
+    if (html == end || *html == '<') continue;
+    ++html;
+    if (IsBreak(open, html - open)) {
+      *dest++ = '\r';
+      *dest++ = '\n';
     }
   }
   *dest = 0;
