@@ -12,12 +12,13 @@ namespace KEST {
 
 namespace {
 
-constexpr unsigned int kLeastSpare = 16;
-
 // The units for which a block is asked: some to spare when a text grows by small pieces, so that
-// making it takes linear time.
+// making it takes linear time. Short texts double, longer ones grow by half.
 unsigned int WithSpare(unsigned int length, unsigned int added) {
-  const unsigned int spare = added <= length / 4 ? std::max(length / 2, kLeastSpare) : 0;
+  constexpr unsigned int kLeastSpare = 16;
+  constexpr unsigned int kMostDoubled = 2048;
+  if (added > length / 4) return length;
+  const unsigned int spare = std::max(length / 2, std::clamp(length, kLeastSpare, kMostDoubled));
   return std::min(length + spare, kMaxBstrLength);
 }
 
