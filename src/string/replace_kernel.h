@@ -13,8 +13,6 @@
 
 namespace KEST::KEST_KERNELS {
 
-KEST_FOR_KERNEL inline void Store(unsigned short* dest, Vector v) { memcpy(dest, &v, sizeof v); }
-
 // Of two texts that begin with the same unit, how many do, up to a limit.
 inline size_t CommonUnits(const unsigned short* a, const unsigned short* b, size_t limit) {
   size_t common = 1;
