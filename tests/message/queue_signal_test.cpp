@@ -3,6 +3,10 @@
 
 #include <errno.h>
 #include <pthread.h>
+#include <sched.h>
+
+#include <thread>
+#include <vector>
 
 #include "kest/message.h"
 #include "support/test_allocator.h"
@@ -10,6 +14,10 @@
 namespace {
 
 int s_signals = 0, s_waits = 0, s_ended = 0, s_initResult = 0;
+
+// The cores that the process may run on, how often that was asked, and the answer.
+cpu_set_t s_cores;
+int s_asked = 0, s_coresResult = 0;
 
 // Runs inside a wait, which then reports a wake-up.
 void (*s_duringWait)() = nullptr;
@@ -36,6 +44,13 @@ int pthread_cond_wait(pthread_cond_t*, pthread_mutex_t* mutex) {
   if (s_duringWait != nullptr) s_duringWait();
   pthread_mutex_lock(mutex);
   return 0;
+}
+
+int sched_getaffinity(pid_t, size_t size, cpu_set_t* cores) noexcept {
+  EXPECT_EQ(sizeof(cpu_set_t), size);
+  ++s_asked;
+  *cores = s_cores;
+  return s_coresResult;
 }
 
 }  // extern "C"
@@ -120,6 +135,37 @@ TEST_F(QueueSignal, ALoopThatWakesToNothingEndsWithThePreviousParameter) {
   EXPECT_TRUE(KestPostMessage(6, Pointer(60), Pointer(61)));
   EXPECT_EQ(Pointer(60), KestMessageLoop());
   EXPECT_EQ(2, s_waits);
+}
+
+// A consumer looks for a while before it waits, if it has more than one core. Either way it waits
+// once and gets the message that comes then. Each round is a thread of its own, as what a consumer
+// has learnt is kept for each.
+TEST_F(QueueSignal, AConsumerWaitsOnceOnAnyNumberOfCores) {
+  struct {
+    std::vector<int> cores;
+    int result;
+  } const kRows[] = {{{}, 0}, {{0}, 0}, {{70}, 0}, {{0, 1}, 0}, {{3, 900}, 0}, {{0, 1}, -1}};
+  static void* s_queue;
+  s_duringWait = [] { KEST::InternalPostMessage(s_queue, 5, nullptr, nullptr); };
+  for (const auto& row : kRows) {
+    CPU_ZERO(&s_cores);
+    for (int core : row.cores) CPU_SET(static_cast<size_t>(core), &s_cores);
+    s_coresResult = row.result;
+    s_asked = s_waits = 0;
+    std::thread([] {
+      void* const queue = KEST::InternalCreateMessageQueue();
+      s_queue = queue;
+      for (int wait = 1; wait <= 40; ++wait) {
+        unsigned int id = 0;
+        void *param1, *param2;
+        EXPECT_TRUE(KEST::InternalGetMessage(queue, id, param1, param2, true));
+        EXPECT_EQ(5u, id);
+        EXPECT_EQ(wait, s_waits);
+        EXPECT_LE(wait, s_asked);
+      }
+      KEST::InternalDestroyMessageQueue(queue);
+    }).join();
+  }
 }
 
 TEST_F(QueueSignal, DestroyingAQueueEndsItsCondition) {
