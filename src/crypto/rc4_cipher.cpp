@@ -2,6 +2,7 @@
 
 #include "kest/crypto.h"
 
+#include <stddef.h>
 #include <string.h>
 
 #include <algorithm>
@@ -12,40 +13,67 @@
 
 namespace {
 
-// Does the steps whose i, state[i] being *place, runs up to end, and works their keystream into
-// data. Takes and returns j.
-//
-// Where a swap goes is known late, and a load after it would have to wait in case that is the place
-// it reads. So the next two values are held here, and a swap that goes into one of their places
-// changes it here too.
-unsigned int DoSteps(unsigned char* state, unsigned char* place, const unsigned char* end,
-                     unsigned int j, unsigned char* data) {
-  if (end - place > 2) {
-    unsigned int x = place[0], next = place[1];
+constexpr int kSize = 256;
+
+// From so many bytes on the state is worth being copied to words, which take fewer instructions.
+constexpr int kLong = 2048;
+
+// The step whose i stands at place[kAt], where x was. Where its swap goes is known late, and a load
+// after it would have to wait in case that is the place it reads. So the values of the next two
+// places are read before, and a swap that goes into one of them changes it here too.
+template <size_t kAt, typename Value>
+[[gnu::always_inline]] inline void Step(Value* state, Value* place, unsigned int& j,
+                                        unsigned char* data, unsigned int x, unsigned int& next,
+                                        unsigned int& second) {
+  second = place[kAt + 2];
+  j = (j + x) & 255;
+  const unsigned int y = state[j];
+  place[kAt] = static_cast<Value>(y);
+  state[j] = static_cast<Value>(x);
+  data[kAt] ^= static_cast<unsigned char>(state[(x + y) & 255]);
+  const size_t ahead = static_cast<size_t>(state + j - place) - (kAt + 1);
+  if (ahead < 2) (ahead == 0 ? next : second) = x;
+}
+
+// Does the steps from the one at *place up to end, and works their keystream into data. Takes and
+// returns j.
+template <typename Value>
+unsigned int DoSteps(Value* state, Value* place, const Value* end, unsigned int j,
+                     unsigned char* data) {
+  constexpr ptrdiff_t kAtOnce = 6;
+  constexpr ptrdiff_t kRead = kAtOnce + 2;
+  if (end - place >= kRead) {
+    const Value* const last = end - kRead;
+    unsigned int a = place[0], b = place[1], c;
     do {
-      unsigned int second = place[2];
-      j = (j + x) & 255;
-      unsigned char* const other = state + j;
-      const unsigned int y = *other;
-      *place = static_cast<unsigned char>(y);
-      *other = static_cast<unsigned char>(x);
-      *data++ ^= state[(x + y) & 255];
-      ++place;
-      if (other == place) {
-        next = x;
-      } else if (other == place + 1) {
-        second = x;
-      }
-      x = next;
-      next = second;
-    } while (end - place > 2);
+      Step<0>(state, place, j, data, a, b, c);
+      Step<1>(state, place, j, data, b, c, a);
+      Step<2>(state, place, j, data, c, a, b);
+      Step<3>(state, place, j, data, a, b, c);
+      Step<4>(state, place, j, data, b, c, a);
+      Step<5>(state, place, j, data, c, a, b);
+      place += kAtOnce;
+      data += kAtOnce;
+    } while (place <= last);
   }
   for (; place != end; ++place) {
     j = (j + *place) & 255;
     std::swap(*place, state[j]);
-    *data++ ^= state[(*place + state[j]) & 255];
+    *data++ ^= static_cast<unsigned char>(state[(*place + state[j]) & 255]);
   }
   return j;
+}
+
+template <typename Value>
+void Process(Value* state, unsigned int& i, unsigned int& j, unsigned char* data, int len) {
+  while (len > 0) {
+    const unsigned int first = (i + 1) & 255;
+    const int count = std::min(len, kSize - static_cast<int>(first));
+    j = DoSteps(state, state + first, state + first + count, j, data);
+    i = first + static_cast<unsigned int>(count) - 1;
+    data += count;
+    len -= count;
+  }
 }
 
 }  // namespace
@@ -82,14 +110,12 @@ int TRc4Cipher::BerInit(const unsigned char*, int) { return 0; }
 int TRc4Cipher::BerDump(unsigned char*, int) { return 0; }
 
 void TRc4Cipher::ProcessStream(unsigned char* data, int len) {
-  while (len > 0) {
-    const unsigned int first = (i + 1) & 255;
-    const int count = std::min(len, 256 - static_cast<int>(first));
-    j = DoSteps(state, state + first, state + first + count, j, data);
-    i = first + static_cast<unsigned int>(count) - 1;
-    data += count;
-    len -= count;
-  }
+  if (len < kLong) return Process(state, i, j, data, len);
+  unsigned int words[kSize];
+  std::copy(state, state + kSize, words);
+  Process(words, i, j, data, len);
+  for (int n = 0; n < kSize; ++n) state[n] = static_cast<unsigned char>(words[n]);
+  Wipe(words, sizeof(words));
 }
 
 void TRc4Cipher::Reset() {

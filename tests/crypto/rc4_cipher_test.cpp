@@ -310,12 +310,14 @@ struct SModel {
 TEST(Rc4Cipher, MatchesTheModelPieceByPiece) {
   Random random;
   SCOPED_TRACE(random.Seed());
+  constexpr int kMost[8] = {4000, 12, 12, 12, 700, 12, 12, 2100};
   for (int n = 0; n < 100; ++n) {
     const Bytes key = random.Bytes(random.Between(1, 256));
     TRc4Cipher cipher = Rc4(key);
     SModel model(key);
-    for (int piece = 0; piece < 40; ++piece) {
-      Bytes data = random.Bytes(random.Between(0, piece % 4 == 0 ? 700 : 12));
+    for (int piece = 0; piece < 24; ++piece) {
+      const int most = kMost[piece % 8];
+      Bytes data = random.Bytes(random.Between(most == 2100 ? 2000 : 0, most));
       const GuardedBlock<unsigned char> guarded(data);
       cipher.ProcessStream(guarded.Get(), static_cast<int>(data.size()));
       model.Work(data);
@@ -325,22 +327,30 @@ TEST(Rc4Cipher, MatchesTheModelPieceByPiece) {
   }
 }
 
-// At every i a swap into each of the places around it.
+// From i and j on, length bytes give what the model gives.
+void MatchesTheModelFrom(unsigned int i, unsigned int j, int length) {
+  SModel model(kKey);
+  TRc4Cipher cipher = Rc4(kKey);
+  unsigned char* const indexes = reinterpret_cast<unsigned char*>(&cipher) + kFieldsAt + 512;
+  memcpy(indexes, &i, 4);
+  memcpy(indexes + 4, &j, 4);
+  model.i = i;
+  model.j = j;
+  Bytes data(static_cast<size_t>(length)), expected = data;
+  cipher.ProcessStream(data.data(), length);
+  model.Work(expected);
+  ASSERT_EQ(expected, data) << i << ", " << j << ", " << length;
+  ASSERT_EQ(model.Fields(), StateOf(cipher, 256, 256 + 8)) << i << ", " << j << ", " << length;
+}
+
+// At every i a swap into each of the places around it; also at the start of long data.
 TEST(Rc4Cipher, MatchesTheModelForSwapsNearby) {
+  const SModel model(kKey);
   for (unsigned int i = 0; i < 256; ++i) {
-    for (unsigned int target = i + 256 - 3; target <= i + 256 + 6; ++target) {
-      SModel model(kKey);
-      TRc4Cipher cipher = Rc4(kKey);
-      model.i = i;
-      model.j = (target - model.state[(i + 1) % 256]) % 256;
-      unsigned char* const indexes = reinterpret_cast<unsigned char*>(&cipher) + kFieldsAt + 512;
-      memcpy(indexes, &model.i, 4);
-      memcpy(indexes + 4, &model.j, 4);
-      Bytes data(9), expected(9);
-      cipher.ProcessStream(data.data(), 9);
-      model.Work(expected);
-      ASSERT_EQ(expected, data) << i << ", " << target;
-      ASSERT_EQ(model.Fields(), StateOf(cipher, 256, 256 + 8)) << i << ", " << target;
+    for (unsigned int target = i + 256 - 3; target <= i + 256 + 12; ++target) {
+      const unsigned int j = (target - model.state[(i + 1) % 256]) % 256;
+      MatchesTheModelFrom(i, j, 17);
+      if (i % 16 == 15) MatchesTheModelFrom(i, j, 2048);
     }
   }
 }
