@@ -162,9 +162,12 @@ inline void TMessageList::AddNodes(const SNodes& fresh) {
 
 // Those that have been taken since it was called last.
 inline void TMessageList::ReuseNodes() {
-  if (newest == nullptr) return;
-  SNode* oldest = BeginTaking(TheFront());
-  TheFront().store(oldest, std::memory_order_release);
+  const Front& from = TheFront();
+  SNode* oldest = from.load(std::memory_order_acquire);
+  for (int looks = 0; oldest == &s_taking; ++looks) {
+    PauseOrSleep(looks);
+    oldest = from.load(std::memory_order_acquire);
+  }
   free = used;
   used = oldest;
 }

@@ -195,6 +195,7 @@ bool TakeOrSleep(SMessageQueue* queue, SMessage& message) {
 // another core is about to post comes sooner than a wake-up. It looks as often as it has paid of
 // late, and now and then in full all the same.
 constexpr int kMostLooks = 256;
+constexpr int kLooksInARow = 16;  // without a pause between them
 constexpr int kLooksBeyond = 32;  // more than four times what the last success took
 constexpr int kFewestLooks = 4;
 constexpr unsigned int kWaitsPerFullLook = 16;
@@ -203,7 +204,7 @@ constexpr unsigned int kWaitsPerFullLook = 16;
 // hands, and both wait for the memory between them. Then it rests first, so that several come
 // together. Now and then it tries whether they do.
 constexpr int kPausesPerRest = 32;
-constexpr unsigned int kWaitsPerRest = 32;
+constexpr unsigned int kWaitsPerRest = 64;
 constexpr unsigned int kStream = 4;
 
 // What a thread that takes messages has found of late.
@@ -243,7 +244,7 @@ bool Look(SMessageQueue* queue, SMessage& message) {
       self.looks = std::min(4 * i + kLooksBeyond, kMostLooks);
       return true;
     }
-    KEST::Pause();
+    if (i >= kLooksInARow) KEST::Pause();
   }
   self.looks = LooksAfterFailure(self);
   return false;
