@@ -17,9 +17,12 @@ struct STernaryLogic {
   template <int kBox, int kGate>
   KEST_IN_BLOCKS static void RunGate(Vector* wire) {
     constexpr KEST::STernaryGate gate = Circuit<kBox>().gates[kGate];
-    wire[KEST::STernaryGate::kFirst + kGate] = reinterpret_cast<Vector>(_mm512_ternarylogic_epi64(
-        reinterpret_cast<__m512i>(wire[gate.a]), reinterpret_cast<__m512i>(wire[gate.b]),
-        reinterpret_cast<__m512i>(wire[gate.c]), gate.table));
+    constexpr int kTable = gate.table;  // an immediate operand, in unoptimised builds too
+    const __m512i a = reinterpret_cast<__m512i>(wire[gate.a]);
+    const __m512i b = reinterpret_cast<__m512i>(wire[gate.b]);
+    const __m512i c = reinterpret_cast<__m512i>(wire[gate.c]);
+    wire[KEST::STernaryGate::kFirst + kGate] =
+        reinterpret_cast<Vector>(_mm512_ternarylogic_epi64(a, b, c, kTable));
   }
 };
 
