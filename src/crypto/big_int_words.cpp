@@ -3,6 +3,8 @@
 #include <limits.h>
 #include <string.h>
 
+#include "cpu/dispatch.h"
+#include "crypto/big_int_words_levels.h"
 #include "crypto/wipe.h"
 #include "frame/object.h"
 
@@ -29,17 +31,6 @@ Word EstimateDigit(const Word* u, const Word* v, int count) {
   return static_cast<Word>(digit);
 }
 
-// r += a; returns the carry.
-Word AddWords(Word* r, const Word* a, int count) {
-  DoubleWord carry = 0;
-  for (int i = 0; i < count; ++i) {
-    carry += static_cast<DoubleWord>(r[i]) + a[i];
-    r[i] = static_cast<Word>(carry);
-    carry >>= kWordBits;
-  }
-  return static_cast<Word>(carry);
-}
-
 }  // namespace
 
 WorkBlock::WorkBlock(DoubleWord count) : words(nullptr), size(0) {
@@ -48,10 +39,13 @@ WorkBlock::WorkBlock(DoubleWord count) : words(nullptr), size(0) {
   words = static_cast<Word*>(KestMemAlloc(size));
 }
 
-WorkBlock::~WorkBlock() {
+WorkBlock::~WorkBlock() { Free(); }
+
+void WorkBlock::Free() {
   if (words == nullptr) return;
   Wipe(words, size);
   KestMemFree(words);
+  words = nullptr;
 }
 
 int SignificantWords(const Word* words, int count) {
@@ -120,13 +114,23 @@ Word SubtractProduct(Word* r, const Word* a, int count, Word factor) {
   return static_cast<Word>(carry);
 }
 
-void MultiplyWords(Word* r, const Word* a, int aCount, const Word* b, int bCount) {
+void MultiplyWordsPlain(Word* r, const Word* a, int aCount, const Word* b, int bCount) {
   memset(r, 0, static_cast<size_t>(bCount) * kWordBytes);
   for (int i = 0; i < aCount; ++i) r[i + bCount] = AddProduct(r + i, b, bCount, a[i]);
 }
 
+Word AddWords(Word* r, const Word* a, int count) {
+  DoubleWord carry = 0;
+  for (int i = 0; i < count; ++i) {
+    carry += static_cast<DoubleWord>(r[i]) + a[i];
+    r[i] = static_cast<Word>(carry);
+    carry >>= kWordBits;
+  }
+  return static_cast<Word>(carry);
+}
+
 // Algorithm D of Knuth, The Art of Computer Programming, volume 2, section 4.3.1.
-void DivideWords(Word* q, Word* u, int uCount, const Word* v, int vCount) {
+void DivideWordsPlain(Word* q, Word* u, int uCount, const Word* v, int vCount) {
   for (int j = uCount - vCount - 1; j >= 0; --j) {
     Word& top = u[j + vCount];
     Word digit = EstimateDigit(u + j, v, vCount);
@@ -138,6 +142,26 @@ void DivideWords(Word* q, Word* u, int uCount, const Word* v, int vCount) {
     top = 0;
     if (q != nullptr) q[j] = digit;
   }
+}
+
+namespace {
+
+constexpr SVersions<void(Word*, const Word*, int, const Word*, int)> kMultiplyWords = {
+    MultiplyWordsPlain, nullptr, nullptr, nullptr, MultiplyWordsAvx512};
+constexpr TDispatch<kMultiplyWords> DispatchMultiply;
+
+constexpr SVersions<void(Word*, Word*, int, const Word*, int)> kDivideWords = {
+    DivideWordsPlain, nullptr, nullptr, nullptr, DivideWordsAvx512};
+constexpr TDispatch<kDivideWords> DispatchDivide;
+
+}  // namespace
+
+void MultiplyWords(Word* r, const Word* a, int aCount, const Word* b, int bCount) {
+  DispatchMultiply(r, a, aCount, b, bCount);
+}
+
+void DivideWords(Word* q, Word* u, int uCount, const Word* v, int vCount) {
+  DispatchDivide(q, u, uCount, v, vCount);
 }
 
 // TBigInt hands its words out for reading alone; AdjustBuffer made them this object's to write.

@@ -26,6 +26,9 @@ class WorkBlock {
   // Null when there is no memory.
   Word* Get() const { return words; }
 
+  // Before its time.
+  void Free();
+
  private:
   Word* words;
   unsigned int size;
@@ -41,6 +44,9 @@ int CompareWords(const Word* a, const Word* b, int count);
 // out.
 Word ShiftWordsLeft(Word* r, const Word* a, int count, int bits);
 void ShiftWordsRight(Word* r, const Word* a, int count, int bits);
+
+// r += a; returns the carry.
+Word AddWords(Word* r, const Word* a, int count);
 
 // r = a - b; returns the borrow. r may be a or b.
 Word SubtractWords(Word* r, const Word* a, const Word* b, int count);
