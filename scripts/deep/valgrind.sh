@@ -19,6 +19,7 @@ any       platform/refusal_test           *  Starts itself again to preload a li
 memcheck  crypto/des_cipher_test          *OnTheStack:*AStackThatHolds*  Reads on purpose what a call has left on the stack.
 memcheck  crypto/rc2_cipher_test          *OnTheStack  The same.
 memcheck  crypto/rsa_public_cipher_test   *OnTheStack  The same.
+any       string/own_free_test            *  Has a free of its own, which is not Valgrind's.
 any       sweep/sweep_hooks_preload_test  *  Tests hooks that are preloaded, and here they are not.
 any       thread/cancel_test              FormerBug.*  Runs out of memory in a process of its own, and Valgrind with it.
 helgrind  message/message_queue_test      *.TheCallbackMayBeSetWhileAnotherThreadPosts  Its fields are accessed atomically, which Helgrind does not follow; thread sanitizer does.

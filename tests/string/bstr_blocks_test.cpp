@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 #include <malloc.h>
+#include <string.h>
 
 #include <array>
 #include <thread>
@@ -120,12 +121,12 @@ TEST(BstrBlocks, RandomChangesInAStartedThread) {
 
 TEST(BstrBlocks, RandomChangesInThreads) {
   const Started started;
+  ChangeAtRandom();
   std::thread unstarted(ChangeAtRandom);
   std::thread another([] {
     const Started startedToo;
     ChangeAtRandom();
   });
-  ChangeAtRandom();
   unstarted.join();
   another.join();
 }
@@ -193,4 +194,29 @@ TEST(BstrBlocks, TheDefaultHooksGetBackWhatTheyGave) {
     KestUninitialize();
     EXPECT_EQ(0, allocator.Live()) << "a block that these hooks did not give";
   }).join();
+}
+
+// A string that claims to be as long as any can be.
+TEST(BstrBlocks, TheLongestTextDoesNotGrow) {
+  constexpr unsigned int kBytes = 2 * 0x7FFFFFFCu;
+  char* block = static_cast<char*>(KestMemAlloc(16));
+  memcpy(block, &kBytes, sizeof kBytes);
+  TBstr s;
+  s.Attach(reinterpret_cast<unsigned short*>(block + 4));
+  s.Append(u'x');
+  EXPECT_EQ(nullptr, *s.GetRawBstrPtr());
+}
+
+// More than a 32-bit address space has.
+TEST(BstrBlocks, GrowthWithoutMemoryLeavesTheStringEmpty) {
+#if defined(__SANITIZE_ADDRESS__)
+  GTEST_SKIP() << "the sanitizer ends the program instead";
+#endif
+  if (sizeof(void*) != 4) GTEST_SKIP() << "there may be so much memory";
+  TBstr s(KEST_TEXT("text"));
+  EXPECT_FALSE(s.InternalAppend(KEST_TEXT("x"), 0x7FFFFFF0));
+  EXPECT_EQ(nullptr, *s.GetRawBstrPtr());
+  s = KEST_TEXT("text");
+  EXPECT_FALSE(s.AdjustBuffer(0x7FFFFFF0, true));
+  EXPECT_EQ(nullptr, *s.GetRawBstrPtr());
 }
