@@ -48,7 +48,7 @@ template <size_t kGroup>
   const __m128i ago8 = w[(kGroup + 6) % 8];
   const __m128i ago14 = _mm_alignr_epi8(w[(kGroup + 5) % 8], w[(kGroup + 4) % 8], 8);
   const __m128i ago16 = w[(kGroup + 4) % 8];
-  const __m128i mixed = _mm_xor_si128(_mm_xor_si128(ago3, ago8), _mm_xor_si128(ago14, ago16));
+  const __m128i mixed = _mm_xor_si128(_mm_xor_si128(ago8, _mm_xor_si128(ago14, ago16)), ago3);
   // The last of the four is three steps after the first, whose bits reach it rotated once more.
   return _mm_xor_si128(Rotate<1>(mixed), Rotate<2>(_mm_slli_si128(mixed, 12)));
 }
@@ -61,7 +61,8 @@ template <size_t kGroup>
   const __m128i ago16 = w[(kGroup + 4) % 8];
   const __m128i ago28 = w[(kGroup + 1) % 8];
   const __m128i ago32 = w[kGroup % 8];
-  return Rotate<2>(_mm_xor_si128(_mm_xor_si128(ago28, ago32), _mm_xor_si128(ago16, ago6)));
+  // The newest words come last, because the chain goes through them.
+  return Rotate<2>(_mm_xor_si128(_mm_xor_si128(_mm_xor_si128(ago28, ago32), ago16), ago6));
 }
 
 template <size_t kGroup>
