@@ -1,5 +1,6 @@
-// The compression functions over runs of blocks, and over two blocks side by side. Transform of each digest is a run of one block;
-// Update hands over whole runs while Transform is still the library's own.
+// The compression functions over runs of blocks, and over two blocks side by side. Transform of
+// each digest is a run of one block; Update hands over whole runs while Transform is still the
+// library's own.
 
 #ifndef KEST_SRC_CRYPTO_TRANSFORMS_H
 #define KEST_SRC_CRYPTO_TRANSFORMS_H
