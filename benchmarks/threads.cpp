@@ -74,7 +74,7 @@ void RegisterRows() {
   Row(kLock, "kest", KestLock);
   Row(kLock, "pthread", PthreadLock);
   Row(kLock, "std", StdLock);
-  Row(kThread, "kest", KestThread)->UseRealTime();
-  Row(kThread, "pthread", PthreadThread)->UseRealTime();
-  Row(kThread, "std", StdThread)->UseRealTime();
+  Row(kThread, "kest", KestThread)->MeasureProcessCPUTime();
+  Row(kThread, "pthread", PthreadThread)->MeasureProcessCPUTime();
+  Row(kThread, "std", StdThread)->MeasureProcessCPUTime();
 }

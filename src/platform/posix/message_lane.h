@@ -53,9 +53,10 @@ class TMessageLane {
 
   static constexpr unsigned int kSlots = 126;  // two kilobytes a block in the 32-bit target
 
+  // The slots come first, so that in the 32-bit target none crosses cache lines.
   struct SBlock {
-    std::atomic<SBlock*> next{nullptr};
     SSlot slots[kSlots] = {};
+    std::atomic<SBlock*> next{nullptr};
   };
 
   SBlock* FreshBlock();
