@@ -22,7 +22,10 @@ constexpr SVersions<unsigned short*(unsigned short*, const unsigned short*, size
     {WriteEscapedPlain, WriteEscapedSse2, nullptr, WriteEscapedAvx2};
 constexpr TDispatch<kWriteEscaped> WriteEscaped;
 
-bool IsMarkup(unsigned short unit) { return unit != 0 && kEntityTable.Of(unit).character == unit; }
+// Most units are letters, behind all of the markup characters.
+bool IsMarkup(unsigned short unit) {
+  return unit <= '>' && unit != 0 && kEntityTable.Of(unit).character == unit;
+}
 
 // The character of an entity, 0 when there is none of that name.
 unsigned short CharacterNamed(const unsigned short* name, ptrdiff_t length) {
