@@ -23,6 +23,10 @@ any       string/own_free_test            *  Has a free of its own, which is not
 any       sweep/sweep_hooks_preload_test  *  Tests hooks that are preloaded, and here they are not.
 any       thread/cancel_test              FormerBug.*  Runs out of memory in a process of its own, and Valgrind with it.
 helgrind  message/message_queue_test      *.TheCallbackMayBeSetWhileAnotherThreadPosts  Its fields are accessed atomically, which Helgrind does not follow; thread sanitizer does.
+helgrind  message/message_order_test      *.SeveralGettersShareTheMessages:*.AWaitingConsumerMissesNothing  Messages change hands by atomic accesses: the same.
+helgrind  message/message_queue_test      Flood.*:*.ABlockedGetReturnsAnotherThreadsMessage:*.ANullCallbackReturnsToSignalling:*.TheLoopRunsWhatAnotherThreadPosts  The same.
+helgrind  message/message_test            *.CallbacksRunOnTheThreadOfTheLoop  The same.
+helgrind  stress/message_stress_test      *  The same.
 helgrind  thread/sync_test                *.CallersWithoutALockLoseCountsAtMost  The same.
 helgrind  sweep/argument_sweep_test       *.Thread  The C library's own timed wait signals without the lock.
 helgrind  thread/cond_var_test            *.WaitEndsWithAnotherThreadsSignal  Signals without the lock on purpose, which Helgrind calls dubious.
