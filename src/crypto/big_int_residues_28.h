@@ -92,29 +92,31 @@ KEST_FOR_KERNEL inline void TakeSum(SColumn* columns, int count) {
   }
 }
 
-// sum += places * low + places one lane down * high.
+// sum += places * low + places one lane down * high. A load at the second half of a place brings
+// what is below to the lower half of each lane, and something that takes no part to the upper.
 KEST_FOR_KERNEL inline Vector AddProducts(Vector sum, const SPlace* places, Vector low,
                                           Vector high) {
-  const Vector limbs = Load(places);
-  sum = Add(sum, Multiply(limbs, low));
-  return Add(sum, Multiply(ShiftRight<kWordBits>(limbs), high));
+  sum = Add(sum, Multiply(Load(places), low));
+  return Add(sum, Multiply(LoadUnaligned(&places->below), high));
 }
 
 // The columns' sum = sum / 2^56 + number * (low, high), modulo m.
 KEST_FOR_KERNEL inline void Step(SColumn* columns, int count, Vector low, Vector high) {
-  Vector next = Load(columns->sum);
+  const Vector first = Load(columns->sum);
   // The lowest two limbs.
-  const Vector lane = BroadcastLane<0>(next);
-  const Vector above = Add(BroadcastLane<1>(next), ShiftRight<kLimbBits>(lane));
+  const Vector lane = BroadcastLane<0>(first);
+  const Vector above = Add(BroadcastLane<1>(first), ShiftRight<kLimbBits>(lane));
   const Vector q0 = And(lane, Broadcast(kLimbMask)), q1 = And(above, Broadcast(kLimbMask));
-  Vector carry = LowestLane(ShiftRight<kLimbBits>(above));
-  for (int j = 0; j < count; ++j) {
-    const Vector sum = next;
-    next = Load(columns[j + 1].sum);
-    carry = Add(carry, MoveDownTwo(sum, next));
-    carry = AddProducts(carry, columns[j].number, low, high);
-    Store(columns[j].sum, AddProducts(carry, columns[j].factor, q0, q1));
-    carry = Zero();
+  Vector next = Load(columns[1].sum);
+  Vector sum = Add(MoveDownTwo(first, next), LowestLane(ShiftRight<kLimbBits>(above)));
+  SColumn* const end = columns + count;
+  for (SColumn* column = columns;;) {
+    sum = AddProducts(sum, column->number, low, high);
+    Store(column->sum, AddProducts(sum, column->factor, q0, q1));
+    if (++column == end) return;
+    sum = next;
+    next = Load(column[1].sum);
+    sum = MoveDownTwo(sum, next);
   }
 }
 

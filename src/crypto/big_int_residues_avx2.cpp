@@ -14,6 +14,9 @@ KEST_FOR_AVX2 inline Vector Zero() { return _mm256_setzero_si256(); }
 KEST_FOR_AVX2 inline Vector Load(const void* lanes) {
   return _mm256_load_si256(static_cast<const Vector*>(lanes));
 }
+KEST_FOR_AVX2 inline Vector LoadUnaligned(const void* lanes) {
+  return _mm256_loadu_si256(static_cast<const Vector*>(lanes));
+}
 KEST_FOR_AVX2 inline void Store(void* lanes, Vector v) {
   _mm256_store_si256(static_cast<Vector*>(lanes), v);
 }

@@ -14,6 +14,9 @@ KEST_FOR_SSE2 inline Vector Zero() { return _mm_setzero_si128(); }
 KEST_FOR_SSE2 inline Vector Load(const void* lanes) {
   return _mm_load_si128(static_cast<const Vector*>(lanes));
 }
+KEST_FOR_SSE2 inline Vector LoadUnaligned(const void* lanes) {
+  return _mm_loadu_si128(static_cast<const Vector*>(lanes));
+}
 KEST_FOR_SSE2 inline void Store(void* lanes, Vector v) {
   _mm_store_si128(static_cast<Vector*>(lanes), v);
 }
