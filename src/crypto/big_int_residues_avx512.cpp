@@ -106,12 +106,18 @@ KEST_FOR_AVX512 inline __m512i Step(SColumn* columns, int count, __m512i first, 
                                       _mm512_srli_epi64(q0, kLimbBits));
   sum = _mm512_mask_add_epi64(sum, 1, sum, _mm512_srli_epi64(q1, kLimbBits));
   sum = _mm512_add_epi64(sum, products);
-  first = _mm512_add_epi64(sum, AddProducts(Zero(), columns->factor, q0, q1));
+  // The next step waits for this: two short sums instead of a long one.
+  sum = _mm512_madd52lo_epu64(sum, q1, Load(columns->factor[1]));
+  __m512i other = _mm512_madd52lo_epu64(Zero(), q0, Load(columns->factor[0]));
+  other = _mm512_madd52hi_epu64(other, q0, Load(columns->factor[1]));
+  other = _mm512_madd52hi_epu64(other, q1, Load(columns->factor[2]));
+  first = _mm512_add_epi64(sum, other);
   for (SColumn* column = columns + 1; column != end; ++column) {
     sum = next;
     next = Load(column[1].sum);
     sum = _mm512_alignr_epi64(next, sum, 2);
     sum = _mm512_add_epi64(sum, AddProducts(Zero(), column->number, low, high));
+    __asm__("" : "+x"(sum));  // before the next: both at once would take one vector too many
     sum = _mm512_add_epi64(sum, AddProducts(Zero(), column->factor, q0, q1));
     _mm512_store_si512(column->sum, sum);
   }
