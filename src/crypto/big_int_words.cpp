@@ -60,23 +60,25 @@ int CompareWords(const Word* a, const Word* b, int count) {
   return 0;
 }
 
-// Joining two words before the shift spares the case of 0 bits, where one word alone would have to
-// be shifted by its whole width.
+// What comes from the next word is shifted in two parts, for 0 bits would ask for a shift by the
+// whole width of a word.
 Word ShiftWordsLeft(Word* r, const Word* a, int count, int bits) {
+  const int rest = kWordBits - 1 - bits;
   Word below = 0;
   for (int i = 0; i < count; ++i) {
     const Word word = a[i];
-    r[i] = static_cast<Word>(Join(word, below) << bits >> kWordBits);
+    r[i] = word << bits | below >> 1 >> rest;
     below = word;
   }
-  return static_cast<Word>(static_cast<DoubleWord>(below) << bits >> kWordBits);
+  return below >> 1 >> rest;
 }
 
 void ShiftWordsRight(Word* r, const Word* a, int count, int bits) {
+  const int rest = kWordBits - 1 - bits;
   Word above = 0;
   for (int i = count - 1; i >= 0; --i) {
     const Word word = a[i];
-    r[i] = static_cast<Word>(Join(above, word) >> bits);
+    r[i] = word >> bits | above << 1 << rest;
     above = word;
   }
 }
