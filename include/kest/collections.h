@@ -53,6 +53,9 @@ struct KEST_API SPlex {
 
 // A growable array of pointers. The capacity grows by a fixed step or, by default, by an eighth of
 // the size, at least 4 and at most 1024 elements; it shrinks in FreeExtra and at size 0 alone.
+// Where no other allocator hooks have been set the block behind it grows in larger steps, so that
+// appending is cheap at any size; with a client's hooks each step is an allocation, a copy and a
+// release.
 //
 // There is room for (2^32 - 1) / sizeof(void*) elements at most: a larger size is a failed
 // allocation.
@@ -116,6 +119,10 @@ class KEST_API TPtrArray {
   // Stores element at the end. Returns its index, or -1 when there is no memory.
   int Add(void* element) {
     int index = size;
+    if (index < maxSize) {
+      data[index] = element;
+      return size++;
+    }
     SetAtGrow(index, element);
     return size > index ? index : -1;
   }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "frame/default_hooks.h"
 #include "frame/layout.h"
 #include "frame/object.h"
 #include "kest/collections.h"
@@ -13,24 +14,63 @@ namespace {
 constexpr int kMinStep = 4;
 constexpr int kMaxStep = 1024;
 
-int GrowthStep(int growBy, int size) {
-  return growBy != 0 ? growBy : std::clamp(size / 8, kMinStep, kMaxStep);
-}
-
-// Capacities may pass INT_MAX here; no allocation of that many pointers succeeds.
-unsigned int GrownCapacity(int maxSize, int step, int newSize) {
-  const long long grown = static_cast<long long>(maxSize) + step;
-  return static_cast<unsigned int>(std::max<long long>(grown, newSize));
+// A growBy below 0 stands for growth to what is needed.
+unsigned int GrowthStep(int growBy, int size) {
+  const int step = growBy != 0 ? growBy : std::clamp(size / 8, kMinStep, kMaxStep);
+  return static_cast<unsigned int>(std::max(step, 0));
 }
 
 // The sum, or INT_MAX: more pointers than a 32-bit number of bytes holds, so a size that fails.
 int AddSizes(int a, int b) { return a <= INT_MAX - b ? a + b : INT_MAX; }
 
-// A new block of capacity elements, the first count of them copied; null when there is no memory.
-void** CopyToNewBlock(void* const* elements, int count, unsigned int capacity) {
-  void** block = static_cast<void**>(KEST::AllocateArray(capacity, sizeof(void*)));
-  if (block != nullptr) std::copy_n(elements, count, block);
-  return block;
+// More elements do not fit a 32-bit number of bytes.
+constexpr unsigned int kMaxRoom = UINT_MAX / sizeof(void*);
+
+// Up to the first the room goes up in powers of two, then in eighths of them, from 2^21 elements on
+// in steps of the second.
+constexpr unsigned int kSmallRoom = 1023;
+constexpr unsigned int kLargestStep = 1 << 18;
+
+// How many elements the block of an array of that capacity has room for as long as no client has
+// set hooks: the capacity keeps to its described steps, while the block is moved more rarely. It
+// follows from the capacity alone, for which reason there is no field for it.
+inline unsigned int RoomFor(unsigned int capacity) {
+  const unsigned int power = 1u << (31 - __builtin_clz(capacity));  // the largest up to it
+  if (capacity <= kSmallRoom) return 2 * power - 1;
+  const unsigned int step = std::min(power / 8, kLargestStep);
+  return std::min((capacity + step - 1) & ~(step - 1), kMaxRoom);
+}
+
+// Gives the block of oldCapacity elements, none when it is null, the new capacity, with the first
+// count elements in place. Null when there is no memory; the block is then as it was.
+inline void** Resize(void** block, int count, int oldCapacity, unsigned int capacity) {
+  if (capacity > kMaxRoom) return nullptr;
+  if (!KEST::hadClientHooks) {
+    const unsigned int room = RoomFor(capacity);
+    if (block != nullptr && room == RoomFor(static_cast<unsigned int>(oldCapacity))) return block;
+    return static_cast<void**>(KestMemRealloc(block, room * sizeof(void*)));
+  }
+  void** moved = static_cast<void**>(KestMemAlloc(capacity * sizeof(void*)));
+  if (moved == nullptr) return nullptr;
+  std::copy_n(block, count, moved);
+  KestMemFree(block);
+  return moved;
+}
+
+// Grows the capacity to at least newSize. False when there is no memory; nothing has changed then.
+// Appending one by one comes here every few elements, so all of this is inline.
+inline bool Grow(void**& data, int size, int& maxSize, int growBy, int newSize) {
+  unsigned int capacity = static_cast<unsigned int>(newSize);
+  // The first allocation is exact. Later ones grow by a step taken from the size, on purpose not
+  // from the capacity.
+  if (data != nullptr) {
+    capacity = std::max(capacity, static_cast<unsigned int>(maxSize) + GrowthStep(growBy, size));
+  }
+  void** block = Resize(data, size, maxSize, capacity);
+  if (block == nullptr) return false;
+  data = block;
+  maxSize = static_cast<int>(capacity);
+  return true;
 }
 
 }  // namespace
@@ -55,17 +95,8 @@ void TPtrArray::SetSize(int newSize, int newGrowBy) {
     KestMemFree(data);
     data = nullptr;
     maxSize = 0;
-  } else if (newSize > maxSize) {
-    // The first allocation is exact. Later ones grow by a step taken from the size, on purpose not
-    // from the capacity.
-    const unsigned int capacity = data != nullptr
-                                      ? GrownCapacity(maxSize, GrowthStep(step, size), newSize)
-                                      : static_cast<unsigned int>(newSize);
-    void** block = CopyToNewBlock(data, size, capacity);
-    if (block == nullptr) return;
-    KestMemFree(data);
-    data = block;
-    maxSize = static_cast<int>(capacity);
+  } else if (newSize > maxSize && !Grow(data, size, maxSize, step, newSize)) {
+    return;
   }
   if (newSize > size) std::fill(data + size, data + newSize, nullptr);
   size = newSize;
@@ -74,20 +105,24 @@ void TPtrArray::SetSize(int newSize, int newGrowBy) {
 
 void TPtrArray::FreeExtra() {
   if (size == maxSize) return;
-  void** block = nullptr;
-  if (size != 0) {
-    block = CopyToNewBlock(data, size, static_cast<unsigned int>(size));
-    if (block == nullptr) return;
+  if (size == 0) {
+    SetSize(0);
+    return;
   }
-  KestMemFree(data);
+  void** block = Resize(data, size, maxSize, static_cast<unsigned int>(size));
+  if (block == nullptr) return;
   data = block;
   maxSize = size;
 }
 
 void TPtrArray::SetAtGrow(int index, void* element) {
   if (index < 0) return;
-  if (index >= size) SetSize(AddSizes(index, 1));
-  if (index < size) data[index] = element;
+  if (index >= size) {
+    if (index >= maxSize && !Grow(data, size, maxSize, growBy, AddSizes(index, 1))) return;
+    std::fill(data + size, data + index, nullptr);
+    size = index + 1;
+  }
+  data[index] = element;
 }
 
 void TPtrArray::InsertAt(int index, void* element, int count) {

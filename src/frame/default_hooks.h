@@ -15,6 +15,10 @@ namespace KEST {
 extern bool usesDefaultHooks;
 inline bool UsesDefaultHooks() { return usesDefaultHooks; }
 
+// Whether a client has ever set hooks. As long as none has, the library has made every block
+// itself, and may know more of it than its size.
+extern bool hadClientHooks;
+
 // Releases a block that came from the default hooks, whichever are in force now.
 void FreeByDefault(void* block);
 

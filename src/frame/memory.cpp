@@ -76,6 +76,7 @@ bool MemInit(SAllocator* allocator) {
       allocator->free != nullptr) {
     s_current.hooks = *allocator;
     usesDefaultHooks = false;
+    hadClientHooks = true;
     roomFunction = NoRoom;
   }
   return true;
@@ -88,6 +89,7 @@ void MemTerm() {
 }
 
 bool usesDefaultHooks = true;
+bool hadClientHooks = false;
 std::atomic<RoomFunction*> roomFunction{FindRoom};
 
 void FreeByDefault(void* block) { kDefaults.hooks.free(block); }
