@@ -30,6 +30,12 @@ set(thin_sources ${kest_sources})
 list(FILTER thin_sources INCLUDE REGEX "/src/(file|platform/posix|thread)/")
 set_source_files_properties(${thin_sources} PROPERTIES COMPILE_OPTIONS -fno-plt)
 
+# The containers are small functions that call one another: exported ones too may be inlined where
+# their own file calls them.
+set(container_sources ${kest_sources})
+list(FILTER container_sources INCLUDE REGEX "/src/collections/")
+set_source_files_properties(${container_sources} PROPERTIES COMPILE_OPTIONS -fno-semantic-interposition)
+
 # glibc's checked variants; they take an optimised build, and sanitizers check more.
 if(NOT KEST_SANITIZE)
   target_compile_options(kest_objects PRIVATE

@@ -138,7 +138,8 @@ class KEST_API TPtrArray {
 };
 
 // A doubly linked list of pointers. Nodes are allocated blockSize at a time and used again before
-// another block is made; a list that becomes empty frees all its memory.
+// another block is made; a list that becomes empty frees all its memory. While the allocator hooks
+// are the library's own, a longer list allocates more nodes at a time.
 //
 // A position is valid until its element is removed or the list is emptied. Positions are not
 // checked: they must be the list's own.
@@ -248,9 +249,10 @@ class KEST_API TPtrList {
 //
 //   Buckets    17, made at the first insertion. Their number never grows by itself: a map that will
 //              hold many keys is given its size with InitHashTable while it is empty.
-//   Entries    Are allocated blockSize at a time and used again before another block is made. A map
-//              that loses its last entry frees all its memory, the buckets included; it keeps the
-//              number of buckets for the next insertion.
+//   Entries    Are allocated blockSize at a time, or more by a larger map with the library's own
+//              allocator hooks, and used again before another block is made. A map that loses its
+//              last entry frees all its memory, the buckets included; it keeps the number of
+//              buckets for the next insertion.
 //   Order      Iteration goes by bucket, and in a bucket from the newest entry to the oldest.
 //   Positions  Valid until their entry is removed or the buckets are made anew.
 //

@@ -104,7 +104,7 @@ TPtrFromBstrMap::SAssoc* TPtrFromBstrMap::GetAssocAt(const unsigned short* key,
 }
 
 TPtrFromBstrMap::SAssoc* TPtrFromBstrMap::NewAssoc() {
-  SAssoc* assoc = TakeNode(freeList, blocks, blockSize);
+  SAssoc* assoc = TakeNode(freeList, blocks, blockSize, count);
   if (assoc == nullptr) return nullptr;
   assoc->next = nullptr;
   assoc->bucket = 0;

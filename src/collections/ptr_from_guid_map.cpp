@@ -94,7 +94,7 @@ TPtrFromGuidMap::SAssoc* TPtrFromGuidMap::GetAssocAt(const _GUID& key, unsigned 
 }
 
 TPtrFromGuidMap::SAssoc* TPtrFromGuidMap::NewAssoc() {
-  SAssoc* assoc = TakeNode(freeList, blocks, blockSize);
+  SAssoc* assoc = TakeNode(freeList, blocks, blockSize, count);
   if (assoc == nullptr) return nullptr;
   assoc->next = nullptr;
   assoc->key = {};

@@ -84,7 +84,7 @@ TPtrFromPtrMap::SAssoc* TPtrFromPtrMap::GetAssocAt(void* key, unsigned int& buck
 }
 
 TPtrFromPtrMap::SAssoc* TPtrFromPtrMap::NewAssoc() {
-  SAssoc* assoc = TakeNode(freeList, blocks, blockSize);
+  SAssoc* assoc = TakeNode(freeList, blocks, blockSize, count);
   if (assoc == nullptr) return nullptr;
   assoc->next = nullptr;
   assoc->key = nullptr;

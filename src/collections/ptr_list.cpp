@@ -67,14 +67,22 @@ void TPtrList::AddTail(const TPtrList& other) {
 }
 
 void* TPtrList::RemoveHead() {
-  void* element = GetHead();
-  RemoveAt(GetHeadPosition());
+  SNode* node = head;
+  if (node == nullptr) return nullptr;
+  void* element = node->data;
+  head = node->next;
+  (head != nullptr ? head->prev : tail) = nullptr;
+  FreeNode(node);
   return element;
 }
 
 void* TPtrList::RemoveTail() {
-  void* element = GetTail();
-  RemoveAt(GetTailPosition());
+  SNode* node = tail;
+  if (node == nullptr) return nullptr;
+  void* element = node->data;
+  tail = node->prev;
+  (tail != nullptr ? tail->next : head) = nullptr;
+  FreeNode(node);
   return element;
 }
 
@@ -103,7 +111,8 @@ void TPtrList::RemoveAt(__POSITION* position) {
   FreeNode(node);
 }
 
-void TPtrList::RemoveAll() {
+// Not inline in what removes one element, which is shorter without it.
+__attribute__((noinline)) void TPtrList::RemoveAll() {
   head = nullptr;
   tail = nullptr;
   count = 0;
@@ -124,7 +133,7 @@ __POSITION* TPtrList::Find(void* element, __POSITION* startAfter) const {
 }
 
 TPtrList::SNode* TPtrList::NewNode(SNode* prev, SNode* next) {
-  SNode* node = TakeNode(freeList, blocks, blockSize);
+  SNode* node = TakeNode(freeList, blocks, blockSize, count);
   if (node == nullptr) return nullptr;
   *node = {next, prev, nullptr};
   ++count;

@@ -482,4 +482,41 @@ TEST(PtrList, AgreesWithAList) {
   }
 }
 
+// Blocks grow with the list then.
+TEST(PtrList, HoldsThousandsOverTheDefaultHooks) {
+  std::mt19937 random(4202);
+  for (int blockSize : {1, 10, 1000}) {
+    SCOPED_TRACE(blockSize);
+    TPtrList list(blockSize);
+    std::list<void*> model;
+    for (int round = 0; round < 3; ++round) {
+      for (int i = 0; i < 3000; ++i) {
+        void* element = Element(random());
+        if (i % 3 == 0) {
+          list.AddHead(element);
+          model.push_front(element);
+        } else {
+          list.AddTail(element);
+          model.push_back(element);
+        }
+      }
+      ASSERT_EQ(Elements(model.begin(), model.end()), Of(list));
+      auto of = model.begin();
+      for (__POSITION* at = list.GetHeadPosition(); at != nullptr;) {
+        __POSITION* here = at;
+        ASSERT_EQ(*of, list.GetNext(at));
+        if (random() % 2 != 0) {
+          ++of;
+          continue;
+        }
+        list.RemoveAt(here);
+        of = model.erase(of);
+      }
+      ASSERT_EQ(Elements(model.begin(), model.end()), Of(list));
+    }
+    for (void* element : model) ASSERT_EQ(element, list.RemoveHead());
+    EXPECT_TRUE(list.IsEmpty());
+  }
+}
+
 }  // namespace
