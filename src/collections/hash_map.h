@@ -48,16 +48,23 @@ typename TTraits::SAssoc** FindLink(typename TTraits::SAssoc** table, unsigned i
 }
 
 template <typename TTraits>
-typename TTraits::SAssoc* FindAssoc(typename TTraits::SAssoc** table, unsigned int tableSize,
-                                    typename TTraits::TKey key, unsigned int& bucket) {
-  bucket = TTraits::Hash(key) % tableSize;
+unsigned int BucketOfKey(typename TTraits::TKey key, unsigned int tableSize) {
+  return TTraits::Hash(key) % tableSize;
+}
+
+template <typename TTraits>
+typename TTraits::SAssoc* FindAssoc(typename TTraits::SAssoc** table, unsigned int bucket,
+                                    typename TTraits::TKey key) {
   return table != nullptr ? *FindLink<TTraits>(table, bucket, key) : nullptr;
 }
 
-template <typename TTraits, typename TMap>
-bool LookUpValue(const TMap& map, typename TTraits::TKey key, void*& value) {
-  unsigned int bucket;
-  const auto* assoc = map.GetAssocAt(key, bucket);
+// The table is a reference, to be read after the division: that needs most registers.
+template <typename TTraits>
+bool LookUpValue(typename TTraits::SAssoc** const& table, unsigned int tableSize,
+                 typename TTraits::TKey key, void*& value) {
+  const unsigned int bucket = BucketOfKey<TTraits>(key, tableSize);
+  if (table == nullptr) return false;
+  const auto* assoc = *FindLink<TTraits>(table, bucket, key);
   if (assoc == nullptr) return false;
   value = assoc->value;
   return true;
@@ -68,8 +75,8 @@ bool LookUpValue(const TMap& map, typename TTraits::TKey key, void*& value) {
 template <typename TTraits, typename TMap>
 typename TTraits::SAssoc* FindOrAddAssoc(TMap& map, typename TTraits::SAssoc**& table,
                                          typename TTraits::TKey key) {
-  unsigned int bucket;
-  auto* assoc = map.GetAssocAt(key, bucket);
+  const unsigned int bucket = BucketOfKey<TTraits>(key, map.GetHashTableSize());
+  auto* assoc = FindAssoc<TTraits>(table, bucket, key);
   if (assoc != nullptr) return assoc;
   if (table == nullptr) map.InitHashTable(map.GetHashTableSize(), true);
   if (table == nullptr) return nullptr;
@@ -102,7 +109,8 @@ void*& ValueOf(TMap& map, typename TTraits::SAssoc**& table, typename TTraits::T
 template <typename TTraits, typename TMap>
 bool RemoveAssoc(TMap& map, typename TTraits::SAssoc** table, typename TTraits::TKey key) {
   if (table == nullptr) return false;
-  auto** link = FindLink<TTraits>(table, TTraits::Hash(key) % map.GetHashTableSize(), key);
+  const unsigned int bucket = BucketOfKey<TTraits>(key, map.GetHashTableSize());
+  auto** link = FindLink<TTraits>(table, bucket, key);
   auto* assoc = *link;
   if (assoc == nullptr) return false;
   *link = assoc->next;

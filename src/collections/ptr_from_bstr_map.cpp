@@ -1,32 +1,64 @@
 #include <limits.h>
 #include <stdint.h>
+#include <string.h>
 
 #include <new>
 
 #include "collections/hash_map.h"
 #include "collections/node_pool.h"
+#include "collections/text_hash.h"
+#include "cpu/dispatch.h"
 #include "frame/layout.h"
 #include "kest/collections.h"
 
 namespace {
 
+constexpr KEST::SVersions<KEST::TextHash(const unsigned short*)> kHashText = {KEST::HashTextPlain,
+                                                                              KEST::HashTextSse2};
+constexpr KEST::TDispatch<kHashText> HashText;
+
+// A key with what one walk over it tells.
+struct SText {
+  const unsigned short* units;
+  unsigned int hash;
+  unsigned int length;
+};
+
+SText TextOf(const unsigned short* key) {
+  if (key == nullptr) return {nullptr, 0, 0};
+  const KEST::TextHash hash = HashText(key);
+  return {key, KEST::HashOf(hash), KEST::LengthOf(hash)};
+}
+
+// The two things that a comparison looks at, without calls through the linkage table: a TBstr
+// begins with its BSTR, and before that is the length in bytes.
+const unsigned short* UnitsOf(const KEST::TBstr& text) {
+  return *reinterpret_cast<const unsigned short* const*>(&text);
+}
+unsigned int CountedLength(const unsigned short* bstr) {
+  if (bstr == nullptr) return 0;
+  unsigned int bytes;
+  memcpy(&bytes, reinterpret_cast<const char*>(bstr) - sizeof(bytes), sizeof(bytes));
+  return bytes / 2;
+}
+
 struct SBstrKey {
   using SAssoc = KEST::TPtrFromBstrMap::SAssoc;
-  using TKey = const unsigned short*;
+  using TKey = SText;
 
-  static unsigned int Hash(TKey key) {
-    unsigned int hash = 0;
-    if (key == nullptr) return hash;
-    for (; *key != 0; ++key) hash = hash * 33 + *key;
-    return hash;
+  static unsigned int Hash(TKey key) { return key.hash; }
+  // Compare() == 0: a client may have put any text there, one with zero units too.
+  static bool Equals(const SAssoc& assoc, TKey key) {
+    const unsigned short* stored = UnitsOf(assoc.key);
+    const unsigned int length = CountedLength(stored);
+    if (stored == nullptr || key.units == nullptr) return length == key.length;
+    return length >= key.length &&
+           memcmp(stored, key.units, (key.length + size_t{1}) * sizeof(unsigned short)) == 0;
   }
-  static bool Equals(const SAssoc& assoc, TKey key) { return assoc.key.Compare(key) == 0; }
   static unsigned int BucketOf(const SAssoc& assoc, unsigned int) { return assoc.bucket; }
   static bool StoreKey(SAssoc& assoc, TKey key, unsigned int bucket) {
     assoc.bucket = bucket;
-    if (key == nullptr) return true;
-    const unsigned int length = KEST::ucslen(key);
-    return length <= INT_MAX && assoc.key.InternalInit(key, static_cast<int>(length));
+    return key.length <= INT_MAX && assoc.key.InternalInit(key.units, static_cast<int>(key.length));
   }
 };
 
@@ -71,19 +103,19 @@ void TPtrFromBstrMap::InitHashTable(unsigned int size, bool allocNow) {
 }
 
 bool TPtrFromBstrMap::Lookup(const unsigned short* key, void*& value) const {
-  return LookUpValue<SBstrKey>(*this, key, value);
+  return LookUpValue<SBstrKey>(hashTable, hashTableSize, TextOf(key), value);
 }
 
 void*& TPtrFromBstrMap::operator[](const unsigned short* key) {
-  return ValueOf<SBstrKey>(*this, hashTable, key);
+  return ValueOf<SBstrKey>(*this, hashTable, TextOf(key));
 }
 
 bool TPtrFromBstrMap::SetAt(const unsigned short* key, void* value) {
-  return SetValue<SBstrKey>(*this, hashTable, key, value);
+  return SetValue<SBstrKey>(*this, hashTable, TextOf(key), value);
 }
 
 bool TPtrFromBstrMap::RemoveKey(const unsigned short* key) {
-  return RemoveAssoc<SBstrKey>(*this, hashTable, key);
+  return RemoveAssoc<SBstrKey>(*this, hashTable, TextOf(key));
 }
 
 void TPtrFromBstrMap::RemoveAll() {
@@ -100,7 +132,9 @@ void TPtrFromBstrMap::GetNextAssoc(__POSITION*& position, TBstr& key, void*& val
 
 TPtrFromBstrMap::SAssoc* TPtrFromBstrMap::GetAssocAt(const unsigned short* key,
                                                      unsigned int& bucket) const {
-  return FindAssoc<SBstrKey>(hashTable, hashTableSize, key, bucket);
+  const SText text = TextOf(key);
+  bucket = BucketOfKey<SBstrKey>(text, hashTableSize);
+  return FindAssoc<SBstrKey>(hashTable, bucket, text);
 }
 
 TPtrFromBstrMap::SAssoc* TPtrFromBstrMap::NewAssoc() {

@@ -63,7 +63,7 @@ void TPtrFromGuidMap::InitHashTable(unsigned int size, bool allocNow) {
 }
 
 bool TPtrFromGuidMap::Lookup(const _GUID& key, void*& value) const {
-  return LookUpValue<SGuidKey>(*this, key, value);
+  return LookUpValue<SGuidKey>(hashTable, hashTableSize, key, value);
 }
 
 void*& TPtrFromGuidMap::operator[](const _GUID& key) {
@@ -90,7 +90,8 @@ void TPtrFromGuidMap::GetNextAssoc(__POSITION*& position, _GUID& key, void*& val
 }
 
 TPtrFromGuidMap::SAssoc* TPtrFromGuidMap::GetAssocAt(const _GUID& key, unsigned int& bucket) const {
-  return FindAssoc<SGuidKey>(hashTable, hashTableSize, key, bucket);
+  bucket = BucketOfKey<SGuidKey>(key, hashTableSize);
+  return FindAssoc<SGuidKey>(hashTable, bucket, key);
 }
 
 TPtrFromGuidMap::SAssoc* TPtrFromGuidMap::NewAssoc() {

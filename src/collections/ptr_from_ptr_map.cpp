@@ -57,7 +57,7 @@ void TPtrFromPtrMap::InitHashTable(unsigned int size, bool allocNow) {
 }
 
 bool TPtrFromPtrMap::Lookup(void* key, void*& value) const {
-  return LookUpValue<SPtrKey>(*this, key, value);
+  return LookUpValue<SPtrKey>(hashTable, hashTableSize, key, value);
 }
 
 void*& TPtrFromPtrMap::operator[](void* key) { return ValueOf<SPtrKey>(*this, hashTable, key); }
@@ -80,7 +80,8 @@ void TPtrFromPtrMap::GetNextAssoc(__POSITION*& position, void*& key, void*& valu
 }
 
 TPtrFromPtrMap::SAssoc* TPtrFromPtrMap::GetAssocAt(void* key, unsigned int& bucket) const {
-  return FindAssoc<SPtrKey>(hashTable, hashTableSize, key, bucket);
+  bucket = BucketOfKey<SPtrKey>(key, hashTableSize);
+  return FindAssoc<SPtrKey>(hashTable, bucket, key);
 }
 
 TPtrFromPtrMap::SAssoc* TPtrFromPtrMap::NewAssoc() {

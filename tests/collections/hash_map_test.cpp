@@ -641,4 +641,28 @@ TYPED_TEST(HashMap, AgreesWithAVectorOfLists) {
   EXPECT_EQ(0, allocator.Live());
 }
 
+// Blocks grow with the map then.
+TYPED_TEST(HashMap, HoldsThousandsOverTheDefaultHooks) {
+  for (unsigned int size : {17u, 1009u}) {
+    SCOPED_TRACE(size);
+    TypeParam map;
+    map.InitHashTable(size);
+    Model model;
+    model.Clear(size);
+    for (unsigned int round = 0; round < 3; ++round) {
+      for (unsigned int i = 0; i < 3000; ++i) {
+        const unsigned int n = i * 7919 % 30011;
+        if (i % 3 == round) {
+          ASSERT_EQ(model.Remove(n), map.RemoveKey(Keys<TypeParam>::Make(n)));
+        } else {
+          ASSERT_TRUE(map.SetAt(Keys<TypeParam>::Make(n), Element(i + round)));
+          model.Set(n, Element(i + round));
+        }
+      }
+      ASSERT_EQ(model.count, map.GetCount());
+      ASSERT_EQ(model.Entries(), Of(map));
+    }
+  }
+}
+
 }  // namespace

@@ -1,11 +1,15 @@
 #include <gtest/gtest.h>
 #include <stdint.h>
+#include <string.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
 #include "collections/element.h"
 #include "kest/collections.h"
+#include "support/guarded_block.h"
+#include "support/random.h"
 #include "support/test_allocator.h"
 
 using KEST::TBstr;
@@ -241,6 +245,120 @@ TEST(PtrFromBstrMap, TakesLongKeys) {
   key.back() = u'k';
   EXPECT_EQ(Element(1), map[Units(key)]);
   EXPECT_EQ(2, map.GetCount());
+}
+
+// The hash, as far as two numbers of buckets tell it.
+struct Buckets {
+  unsigned int ofMany, ofOthers;
+  bool operator==(const Buckets& other) const {
+    return ofMany == other.ofMany && ofOthers == other.ofOthers;
+  }
+};
+void PrintTo(const Buckets& buckets, std::ostream* out) {
+  *out << buckets.ofMany << ", " << buckets.ofOthers;
+}
+
+constexpr unsigned int kMany = UINT32_MAX;
+constexpr unsigned int kOthers = 4294967291u;
+
+Buckets ModelOf(const std::vector<unsigned short>& key) {
+  unsigned int hash = 0;
+  for (unsigned short unit : key) hash = hash * 33 + unit;
+  return {hash % kMany, hash % kOthers};
+}
+
+Buckets BucketsOf(const unsigned short* key) {
+  TPtrFromBstrMap many, others;
+  many.InitHashTable(kMany, false);
+  others.InitHashTable(kOthers, false);
+  return {BucketOf(many, key), BucketOf(others, key)};
+}
+
+std::vector<unsigned short> RandomKey(kest_test::Random& random, int length) {
+  std::vector<unsigned short> key;
+  while (static_cast<int>(key.size()) < length) {
+    key.push_back(static_cast<unsigned short>(
+        random.Next() % 4 != 0 ? random.Between(1, 0xFFFF) : random.Between(0xFFF0, 0xFFFF)));
+  }
+  return key;
+}
+
+// Sanitizers object to units at odd addresses in the plain version.
+#ifdef __SANITIZE_ADDRESS__
+constexpr size_t kOffsetStep = 2;
+#else
+constexpr size_t kOffsetStep = 1;
+#endif
+
+TEST(PtrFromBstrMap, TheHashOfEveryLengthAtEveryPlace) {
+  kest_test::Random random;
+  SCOPED_TRACE(random.Seed());
+  alignas(64) static unsigned char bytes[1024];
+  for (int length = 0; length <= 300; ++length) {
+    const std::vector<unsigned short> key = RandomKey(random, length);
+    const size_t size = key.size() * sizeof(unsigned short);
+    for (size_t offset = 0; offset < 33; offset += kOffsetStep) {
+      SCOPED_TRACE(testing::Message() << length << " units at byte " << offset);
+      memset(bytes, 0x55, sizeof(bytes));
+      if (size != 0) memcpy(bytes + offset, key.data(), size);
+      memset(bytes + offset + size, 0, sizeof(unsigned short));
+      ASSERT_EQ(ModelOf(key), BucketsOf(reinterpret_cast<const unsigned short*>(bytes + offset)));
+    }
+  }
+}
+
+TEST(PtrFromBstrMap, AKeyMayEndWithItsPage) {
+  kest_test::Random random;
+  SCOPED_TRACE(random.Seed());
+  for (int length = 0; length <= 100; ++length) {
+    SCOPED_TRACE(length);
+    std::vector<unsigned short> key = RandomKey(random, length);
+    const Buckets model = ModelOf(key);
+    key.push_back(0);
+    const kest_test::GuardedBlock<unsigned short> block(key);
+    ASSERT_EQ(model, BucketsOf(block.Get()));
+    TPtrFromBstrMap map;
+    map[block.Get()] = Element(1);
+    EXPECT_EQ(Element(1), map[block.Get()]);
+    EXPECT_EQ(1, map.GetCount());
+    EXPECT_TRUE(map.RemoveKey(block.Get()));
+  }
+  // Across the end of a page that another one follows.
+  constexpr int kPage = 4096 / sizeof(unsigned short);
+  for (int start = kPage - 20; start <= kPage; ++start) {
+    for (int length = 0; length <= 40; ++length) {
+      SCOPED_TRACE(testing::Message() << length << " from " << start);
+      const kest_test::GuardedBlock<unsigned short> block(2 * kPage);
+      const std::vector<unsigned short> key = RandomKey(random, length);
+      std::copy(key.begin(), key.end(), block.Get() + start);
+      ASSERT_EQ(ModelOf(key), BucketsOf(block.Get() + start));
+    }
+  }
+}
+
+TEST(PtrFromBstrMap, TellsKeysApartThatDifferInOneUnit) {
+  kest_test::Random random;
+  SCOPED_TRACE(random.Seed());
+  TPtrFromBstrMap map;
+  map.InitHashTable(1);  // all in one bucket
+  for (int length = 1; length <= 40; ++length) {
+    SCOPED_TRACE(length);
+    std::vector<unsigned short> key = RandomKey(random, length);
+    key.push_back(0);
+    map[key.data()] = Element(static_cast<uintptr_t>(length));
+    void* value = nullptr;
+    EXPECT_TRUE(map.Lookup(key.data(), value));
+    EXPECT_EQ(Element(static_cast<uintptr_t>(length)), value);
+    for (int i = 0; i < length; ++i) {
+      std::vector<unsigned short> other = key;
+      unsigned short& unit = other[static_cast<size_t>(i)];
+      unit = static_cast<unsigned short>(unit ^ 1 << random.Between(0, 15));
+      EXPECT_FALSE(map.Lookup(other.data(), value)) << "unit " << i;
+    }
+    std::vector<unsigned short> extended(key.begin(), key.end() - 1);
+    extended.insert(extended.end(), {7, 0});
+    EXPECT_FALSE(map.Lookup(extended.data(), value)) << "a key that begins with it";
+  }
 }
 
 }  // namespace
