@@ -3,10 +3,33 @@
 
 #include <algorithm>
 
+#include "collections/copy_piece.h"
+#include "cpu/dispatch.h"
 #include "frame/layout.h"
 #include "kest/collections.h"
 
 namespace KEST {
+
+void CopyPiecePlain(unsigned char* dest, const unsigned char* source, size_t count) {
+  memcpy(dest, source, count);
+}
+
+namespace {
+
+constexpr SVersions<void(unsigned char*, const unsigned char*, size_t)> kCopyPiece = {
+    CopyPiecePlain, CopyPieceSse2};
+constexpr TDispatch<kCopyPiece> CopyPiece;
+
+void CopyBytes(unsigned char* dest, const unsigned char* source, int count) {
+  const size_t size = static_cast<size_t>(count);
+  if (size >= kMinPiece && size <= kMaxPiece) {
+    CopyPiece(dest, source, size);
+  } else {
+    memcpy(dest, source, size);
+  }
+}
+
+}  // namespace
 
 KEST_SIZE_IS(TFifoBuffer, 12, 16);
 
@@ -17,8 +40,8 @@ int TFifoBuffer::Read(unsigned char* destination, int count) {
   const int taken = std::min(count, length);
   if (taken <= 0) return 0;
   length -= taken;
-  memcpy(destination, buffer, static_cast<size_t>(taken));
-  memmove(buffer, buffer + taken, static_cast<size_t>(length));
+  CopyBytes(destination, buffer, taken);
+  if (length != 0) memmove(buffer, buffer + taken, static_cast<size_t>(length));
   return taken;
 }
 
@@ -31,7 +54,7 @@ int TFifoBuffer::Write(const unsigned char* source, int count) {
     buffer = static_cast<unsigned char*>(block);
     capacity = total;
   }
-  memcpy(buffer + length, source, static_cast<size_t>(count));
+  CopyBytes(buffer + length, source, count);
   length = total;
   return count;
 }

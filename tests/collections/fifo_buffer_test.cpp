@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 #include <limits.h>
 
+#include <algorithm>
 #include <deque>
 #include <random>
 #include <string>
@@ -9,6 +10,8 @@
 
 #include "collections/element.h"
 #include "kest/collections.h"
+#include "support/guarded_block.h"
+#include "support/random.h"
 #include "support/test_allocator.h"
 
 using KEST::TFifoBuffer;
@@ -176,6 +179,27 @@ TEST(FifoBuffer, AgreesWithADeque) {
     }
     ASSERT_EQ(static_cast<int>(model.size()), fifo.GetLength());
     ASSERT_EQ(capacity, fifo.GetCapacity());
+  }
+}
+
+TEST(FifoBuffer, CopiesAnyNumberOfBytesFromAndToTheEndsOfPages) {
+  kest_test::Random random;
+  SCOPED_TRACE(random.Seed());
+  for (int count = 1; count <= 200; ++count) {
+    for (int backlog : {0, 1, 7, 64}) {
+      SCOPED_TRACE(testing::Message() << count << " behind " << backlog);
+      const std::vector<unsigned char> bytes = random.Bytes(backlog + count);
+      const std::vector<unsigned char> last(bytes.begin() + backlog, bytes.end());
+      kest_test::GuardedBlock<unsigned char> source(last);
+      kest_test::GuardedBlock<unsigned char> first(backlog), destination(count);
+      TFifoBuffer fifo;
+      EXPECT_EQ(backlog, fifo.Write(bytes.data(), backlog));
+      EXPECT_EQ(count, fifo.Write(source.Get(), count));
+      EXPECT_EQ(backlog, fifo.Read(first.Get(), backlog));
+      EXPECT_EQ(count, fifo.Read(destination.Get(), count));
+      ASSERT_EQ(last, destination.Content());
+      ASSERT_TRUE(std::equal(bytes.begin(), bytes.begin() + backlog, first.Get()));
+    }
   }
 }
 
