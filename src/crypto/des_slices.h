@@ -22,9 +22,9 @@ constexpr int kRounds = 16;
 
 using WordVector = int __attribute__((vector_size(kVectorSize)));
 
-// Bits of the schedule, spread out to whole words.
-struct SSpreadSchedule {
-  alignas(kVectorSize) int word[kRounds][2][32];
+// The bits of a round's two words of the schedule, spread out to whole words.
+struct SSpreadKey {
+  alignas(kVectorSize) int word[2][32];
 };
 
 // The blocks as they come, or their planes: plane n holds the bits n of the blocks, which are
@@ -33,14 +33,14 @@ struct SSlices {
   Vector vector[64];
 };
 
-KEST_FOR_BLOCKS inline void SpreadSchedule(SSpreadSchedule& spread, const unsigned int* schedule) {
+KEST_IN_BLOCKS void SpreadKey(SSpreadKey& spread, const unsigned int* words) {
   constexpr int kWords = kVectorSize / 4;
   for (int first = 0; first < 32; first += kWords) {
     WordVector bits = {};
     for (int n = 0; n < kWords; ++n) bits[n] = static_cast<int>(1u << (first + n));
-    for (int n = 0; n < 2 * kRounds; ++n) {
-      const WordVector masks = ((WordVector{} + static_cast<int>(schedule[n])) & bits) == bits;
-      memcpy(&spread.word[n / 2][n % 2][first], &masks, sizeof(masks));
+    for (int n = 0; n < 2; ++n) {
+      const WordVector masks = ((WordVector{} + static_cast<int>(words[n])) & bits) == bits;
+      memcpy(&spread.word[n][first], &masks, sizeof(masks));
     }
   }
 }
@@ -137,26 +137,29 @@ KEST_IN_BLOCKS void RunBoxes(Vector* to, const Vector* from, const int (&key)[2]
   (RunBox<Logic, kBox>(to, from, key), ...);
 }
 
+// A round, of which to is the half that changes. Not inlined, because code for either half by
+// itself is more than processors keep at hand.
 template <typename Logic>
-KEST_FOR_BLOCKS inline void RunRounds(SSlices& slices, const SSpreadSchedule& spread) {
-  Vector* const left = slices.vector;
-  Vector* const right = slices.vector + 1;
-  constexpr std::make_integer_sequence<int, 8> kBoxes;
-  for (int round = 0; round < kRounds; round += 2) {
-    RunBoxes<Logic>(left, right, spread.word[round], kBoxes);
-    RunBoxes<Logic>(right, left, spread.word[round + 1], kBoxes);
-  }
-  // The halves leave the last round in each other's place.
-  for (int n = 0; n < 64; n += 2) std::swap(slices.vector[n], slices.vector[n + 1]);
+[[gnu::noinline]] KEST_FOR_BLOCKS void RunRound(Vector* to, const Vector* from,
+                                                const SSpreadKey& key) {
+  RunBoxes<Logic>(to, from, key.word, std::make_integer_sequence<int, 8>());
 }
 
 template <typename Logic>
 struct TSlicesBatch : SSlices {
-  SSpreadSchedule spread;
+  const unsigned int* schedule;
+  SSpreadKey key;
 
   KEST_FOR_BLOCKS inline void Crypt() {
     Transpose(*this);
-    RunRounds<Logic>(*this, spread);
+    for (int round = 0; round < kRounds; round += 2) {
+      SpreadKey(key, schedule + 2 * round);
+      RunRound<Logic>(vector, vector + 1, key);
+      SpreadKey(key, schedule + 2 * round + 2);
+      RunRound<Logic>(vector + 1, vector, key);
+    }
+    // The halves leave the last round in each other's place.
+    for (int n = 0; n < 64; n += 2) std::swap(vector[n], vector[n + 1]);
     Transpose(*this);
   }
 };
@@ -167,7 +170,7 @@ KEST_IN_BLOCKS size_t CryptSlices(const unsigned int* schedule, unsigned char* d
                                   unsigned char* chain, size_t fewest) {
   if (count < fewest) return 0;
   TSlicesBatch<Logic> batch = {};
-  SpreadSchedule(batch.spread, schedule);
+  batch.schedule = schedule;
   const size_t done = RunBatches(batch, data, count, chain, fewest);
   KEST::Wipe(&batch, sizeof(batch));
   return done;

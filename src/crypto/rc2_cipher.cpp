@@ -106,7 +106,7 @@ struct SWords {
     KEST::StoreLittleEndian(block + 4, r2.bits | static_cast<unsigned int>(r3.bits) << 16);
   }
 
-  void Add(const SWords& other) {
+  void Xor(const SWords& other) {
     r0 = r0 ^ other.r0;
     r1 = r1 ^ other.r1;
     r2 = r2 ^ other.r2;
@@ -182,7 +182,7 @@ void CryptChained(const unsigned short* key, unsigned char* data, size_t count,
                   unsigned char* chain) {
   SWords words(chain);
   for (unsigned char* block = data; block != data + kBlockSize * count; block += kBlockSize) {
-    words.Add(SWords(block));
+    words.Xor(SWords(block));
     words = kCrypted(words, key);
     words.Store(block);
   }
