@@ -30,11 +30,11 @@ KEST_FOR_KERNEL KEST_READS_PAST_END inline Vector Going(const unsigned short* a,
 template <typename Fold>
 KEST_FOR_KERNEL KEST_READS_PAST_END inline bool StopsInTurn(const unsigned short* a,
                                                             const unsigned short* b) {
-  const Vector first = Least(Going<Fold>(a, b), Going<Fold>(a + kVectorUnits, b + kVectorUnits));
-  a += 2 * kVectorUnits;
-  b += 2 * kVectorUnits;
-  const Vector second = Least(Going<Fold>(a, b), Going<Fold>(a + kVectorUnits, b + kVectorUnits));
-  return Zeros(Least(first, second)) != 0;
+  const Vector first = Going<Fold>(a, b);
+  const Vector second = Going<Fold>(a + kVectorUnits, b + kVectorUnits);
+  const Vector third = Going<Fold>(a + 2 * kVectorUnits, b + 2 * kVectorUnits);
+  const Vector fourth = Going<Fold>(a + 3 * kVectorUnits, b + 3 * kVectorUnits);
+  return HasZero(first, second, third, fourth);
 }
 
 // Whether the units in front of a and b, and those behind index, can be read.

@@ -17,7 +17,7 @@ struct SUnit {
   Vector unit;
 
   KEST_FOR_KERNEL explicit SUnit(unsigned short ch) : unit(Broadcast(ch)) {}
-  KEST_FOR_KERNEL Vector operator()(Vector v) const { return Least(v, Differences(v, unit)); }
+  KEST_FOR_KERNEL Vector operator()(Vector v) const { return AlsoZero(v, v, unit); }
 };
 
 struct SUnitOfSet {
@@ -28,9 +28,9 @@ struct SUnitOfSet {
     for (; *set != 0; ++set) units[count++] = Broadcast(*set);
   }
   KEST_FOR_KERNEL Vector operator()(Vector v) const {
-    Vector least = v;
-    for (size_t at = 0; at < count; ++at) least = Least(least, Differences(v, units[at]));
-    return least;
+    Vector marked = v;
+    for (size_t at = 0; at < count; ++at) marked = AlsoZero(marked, v, units[at]);
+    return marked;
   }
 };
 
@@ -76,7 +76,7 @@ KEST_FOR_KERNEL KEST_READS_PAST_END inline const unsigned short* FirstMarkedInLo
     const Vector b = mark(LoadAligned(p + kVectorUnits));
     const Vector c = mark(LoadAligned(p + 2 * kVectorUnits));
     const Vector d = mark(LoadAligned(p + 3 * kVectorUnits));
-    if (Zeros(Least(Least(a, b), Least(c, d))) != 0) break;
+    if (HasZero(a, b, c, d)) break;
   }
   while ((bits = Marked(p, mark)) == 0) p += kVectorUnits;
   return p + FirstOf(bits);

@@ -43,6 +43,11 @@ KEST_FOR_AVX2 inline Vector Common(Vector a, Vector b) {
   return _mm256_and_si256(a, _mm256_cmpeq_epi16(a, b));
 }
 
+// 0 where v is 0 or a and b are equal, not 0 elsewhere.
+KEST_FOR_AVX2 inline Vector AlsoZero(Vector v, Vector a, Vector b) {
+  return _mm256_andnot_si256(_mm256_cmpeq_epi16(a, b), v);
+}
+
 // With the other case for the letters from first on. They become the smallest units that comparison
 // with a sign knows.
 KEST_FOR_AVX2 inline Vector WithOtherCase(Vector v, unsigned short first) {
@@ -58,6 +63,11 @@ KEST_FOR_AVX2 inline Vector Least(Vector a, Vector b) { return _mm256_min_epu16(
 KEST_FOR_AVX2 inline unsigned int Zeros(Vector v) {
   return static_cast<unsigned int>(
       _mm256_movemask_epi8(_mm256_cmpeq_epi16(v, _mm256_setzero_si256())));
+}
+
+// Whether any unit of four vectors is 0.
+KEST_FOR_AVX2 inline bool HasZero(Vector a, Vector b, Vector c, Vector d) {
+  return Zeros(Least(Least(a, b), Least(c, d))) != 0;
 }
 
 }  // namespace KEST::KEST_KERNELS

@@ -41,6 +41,11 @@ KEST_FOR_AVX512 inline Vector Common(Vector a, Vector b) {
   return _mm512_maskz_mov_epi16(_mm512_cmpeq_epi16_mask(a, b), a);
 }
 
+// 0 where v is 0 or a and b are equal, not 0 elsewhere.
+KEST_FOR_AVX512 inline Vector AlsoZero(Vector v, Vector a, Vector b) {
+  return _mm512_min_epu16(v, _mm512_xor_si512(a, b));
+}
+
 // With the other case for the letters from first on.
 KEST_FOR_AVX512 inline Vector WithOtherCase(Vector v, unsigned short first) {
   const __mmask32 letters =
@@ -53,6 +58,11 @@ KEST_FOR_AVX512 inline Vector Least(Vector a, Vector b) { return _mm512_min_epu1
 
 // The bits of the units that are 0.
 KEST_FOR_AVX512 inline unsigned int Zeros(Vector v) { return _mm512_testn_epi16_mask(v, v); }
+
+// Whether any unit of four vectors is 0.
+KEST_FOR_AVX512 inline bool HasZero(Vector a, Vector b, Vector c, Vector d) {
+  return Zeros(Least(Least(a, b), Least(c, d))) != 0;
+}
 
 }  // namespace KEST::KEST_KERNELS
 

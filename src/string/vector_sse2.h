@@ -43,6 +43,11 @@ KEST_FOR_SSE2 inline Vector Common(Vector a, Vector b) {
   return _mm_and_si128(a, _mm_cmpeq_epi16(a, b));
 }
 
+// 0 where v is 0 or a and b are equal, not 0 elsewhere.
+KEST_FOR_SSE2 inline Vector AlsoZero(Vector v, Vector a, Vector b) {
+  return _mm_andnot_si128(_mm_cmpeq_epi16(a, b), v);
+}
+
 // With the other case for the letters from first on. They become the smallest units that comparison
 // with a sign knows.
 KEST_FOR_SSE2 inline Vector WithOtherCase(Vector v, unsigned short first) {
@@ -59,6 +64,12 @@ KEST_FOR_SSE2 inline Vector Least(Vector a, Vector b) {
 // The bits of the units that are 0.
 KEST_FOR_SSE2 inline unsigned int Zeros(Vector v) {
   return static_cast<unsigned int>(_mm_movemask_epi8(_mm_cmpeq_epi16(v, _mm_setzero_si128())));
+}
+
+// Whether any unit of four vectors is 0. Packing with saturation keeps what is 0 and what is not.
+KEST_FOR_SSE2 inline bool HasZero(Vector a, Vector b, Vector c, Vector d) {
+  const Vector least = _mm_min_epu8(_mm_packs_epi16(a, b), _mm_packs_epi16(c, d));
+  return _mm_movemask_epi8(_mm_cmpeq_epi8(least, _mm_setzero_si128())) != 0;
 }
 
 }  // namespace KEST::KEST_KERNELS

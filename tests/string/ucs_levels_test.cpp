@@ -218,6 +218,9 @@ TEST(UcsLevels, CaseEverywhere) {
           ASSERT_EQ(up ? KEST::touupper(units[at]) : KEST::toulower(units[at]), s[at]) << length;
         }
         ASSERT_EQ(0, s[length]);
+        if (s > pages.Begin()) {
+          ASSERT_EQ(u'k', s[-1]);
+        }
         if (s + length + 1 < pages.End()) {
           ASSERT_EQ(u'k', s[length + 1]);
         }
@@ -271,6 +274,37 @@ TEST(UcsLevels, HostileTextAgreesWithASlowModel) {
     const size_t expected = text.find(needle);
     const unsigned short* found = KEST::ucsstr(Units(text), Units(needle));
     ASSERT_EQ(expected != text.npos ? Units(text) + expected : nullptr, found)
+        << testing::PrintToString(text) << ' ' << testing::PrintToString(needle);
+  }
+}
+
+// A run of one unit before all else makes the search give up at once on needles that start and end
+// with it; what is between is any text of two letters, in either order, and pieces of it follow.
+TEST(UcsLevels, WhatFollowsAHostileStart) {
+  kest_test::Random random;
+  SCOPED_TRACE(random.Seed());
+  const int cases = kest_test::Random::Cases(6000);
+  for (int i = 0; i < cases; ++i) {
+    const char16_t common = i % 2 == 0 ? u'a' : u'b';
+    const char16_t rare = i % 2 == 0 ? u'b' : u'a';
+    const auto letters = [&](int least, int most) {
+      std::u16string text(static_cast<size_t>(random.Between(least, most)), common);
+      for (char16_t& unit : text) unit = random.Between(0, 2) == 0 ? rare : common;
+      return text;
+    };
+    const std::u16string run(static_cast<size_t>(random.Between(3, 9)), common);
+    std::u16string needle = run + letters(0, 6);
+    for (int repeats = random.Between(0, 2); repeats > 0; --repeats) needle += needle;
+    needle += common;
+    std::u16string text(400, common);
+    for (int pieces = random.Between(0, 12); pieces > 0; --pieces) {
+      const int from = random.Between(0, static_cast<int>(needle.size()) - 1);
+      text += needle.substr(static_cast<size_t>(from)) + letters(0, 2);
+      text += needle.substr(0, needle.size() - static_cast<size_t>(random.Between(1, 3)));
+    }
+    const size_t expected = text.find(needle);
+    ASSERT_EQ(expected != text.npos ? Units(text) + expected : nullptr,
+              KEST::ucsstr(Units(text), Units(needle)))
         << testing::PrintToString(text) << ' ' << testing::PrintToString(needle);
   }
 }
