@@ -65,7 +65,7 @@ template <int kBox>
 constexpr int kTernaryCircuit = 0;
 
 template <>
-constexpr SCircuit<STernaryGate, 27> kTernaryCircuit<0> = {
+inline constexpr SCircuit<STernaryGate, 27> kTernaryCircuit<0> = {
     {{0x68, 4, 5, 2},   {0x69, 3, 0, 6},    {0x3e, 5, 7, 0},   {0x66, 6, 4, 8},
      {0xac, 3, 9, 7},   {0x63, 6, 7, 4},    {0xe5, 2, 6, 10},  {0x68, 5, 11, 12},
      {0xac, 0, 11, 13}, {0xac, 1, 14, 10},  {0xd2, 1, 5, 8},   {0xa3, 10, 16, 6},
@@ -76,7 +76,7 @@ constexpr SCircuit<STernaryGate, 27> kTernaryCircuit<0> = {
     {21, 27, 32, 15}};
 
 template <>
-constexpr SCircuit<STernaryGate, 26> kTernaryCircuit<1> = {
+inline constexpr SCircuit<STernaryGate, 26> kTernaryCircuit<1> = {
     {{0x35, 5, 1, 2},   {0x96, 0, 3, 6},   {0x16, 3, 5, 1},   {0xab, 2, 6, 8},   {0xac, 0, 7, 9},
      {0x5e, 5, 7, 1},   {0x6b, 4, 2, 11},  {0xc6, 1, 2, 7},   {0xac, 0, 12, 13}, {0xac, 4, 10, 14},
      {0x6a, 0, 1, 13},  {0x4d, 13, 3, 16}, {0xac, 4, 16, 17}, {0x7c, 3, 4, 2},   {0x96, 16, 9, 19},
@@ -86,7 +86,7 @@ constexpr SCircuit<STernaryGate, 26> kTernaryCircuit<1> = {
     {26, 21, 31, 15}};
 
 template <>
-constexpr SCircuit<STernaryGate, 26> kTernaryCircuit<2> = {
+inline constexpr SCircuit<STernaryGate, 26> kTernaryCircuit<2> = {
     {{0xe4, 2, 3, 4},    {0x96, 1, 5, 6},    {0x59, 5, 3, 2},   {0x66, 6, 4, 8},
      {0x35, 7, 3, 9},    {0xb2, 2, 6, 10},   {0xac, 1, 9, 11},  {0xac, 0, 7, 12},
      {0xb4, 9, 5, 3},    {0x96, 10, 14, 12}, {0xac, 2, 14, 15}, {0x6a, 8, 13, 6},
@@ -97,7 +97,7 @@ constexpr SCircuit<STernaryGate, 26> kTernaryCircuit<2> = {
     {19, 31, 26, 13}};
 
 template <>
-constexpr SCircuit<STernaryGate, 20> kTernaryCircuit<3> = {
+inline constexpr SCircuit<STernaryGate, 20> kTernaryCircuit<3> = {
     {{0x4b, 3, 2, 1},    {0xb6, 1, 6, 3},    {0xac, 4, 6, 7},   {0x23, 4, 8, 1},
      {0x1b, 2, 7, 9},    {0xac, 0, 8, 10},   {0x9e, 3, 8, 1},   {0x96, 9, 2, 12},
      {0xb6, 10, 13, 4},  {0xac, 0, 14, 13},  {0xac, 5, 11, 15}, {0x2e, 11, 5, 15},
@@ -106,7 +106,7 @@ constexpr SCircuit<STernaryGate, 20> kTernaryCircuit<3> = {
     {24, 25, 17, 16}};
 
 template <>
-constexpr SCircuit<STernaryGate, 28> kTernaryCircuit<4> = {
+inline constexpr SCircuit<STernaryGate, 28> kTernaryCircuit<4> = {
     {{0x76, 1, 4, 2},    {0xa6, 3, 5, 6},    {0x1b, 7, 3, 4},    {0xac, 1, 7, 8},
      {0xce, 4, 8, 9},    {0x4a, 1, 3, 10},   {0x39, 11, 2, 9},   {0xac, 5, 11, 12},
      {0xac, 0, 13, 9},   {0x61, 2, 4, 0},    {0x96, 5, 1, 15},   {0x3e, 12, 16, 14},
@@ -117,7 +117,7 @@ constexpr SCircuit<STernaryGate, 28> kTernaryCircuit<4> = {
     {33, 21, 14, 28}};
 
 template <>
-constexpr SCircuit<STernaryGate, 26> kTernaryCircuit<5> = {
+inline constexpr SCircuit<STernaryGate, 26> kTernaryCircuit<5> = {
     {{0x69, 0, 4, 3},   {0xd4, 0, 3, 1},   {0x57, 7, 0, 6},   {0xac, 4, 7, 8},   {0xac, 5, 6, 9},
      {0x96, 6, 5, 1},   {0x25, 11, 5, 10}, {0xac, 4, 12, 11}, {0xac, 2, 13, 10}, {0x1c, 3, 13, 11},
      {0x4b, 6, 7, 15},  {0x35, 16, 10, 1}, {0x9a, 9, 11, 17}, {0x99, 14, 15, 3}, {0xac, 0, 18, 19},
@@ -127,7 +127,7 @@ constexpr SCircuit<STernaryGate, 26> kTernaryCircuit<5> = {
     {14, 31, 26, 21}};
 
 template <>
-constexpr SCircuit<STernaryGate, 27> kTernaryCircuit<6> = {
+inline constexpr SCircuit<STernaryGate, 27> kTernaryCircuit<6> = {
     {{0xb5, 3, 2, 4},    {0x16, 5, 0, 6},    {0xb4, 7, 3, 4},    {0x9a, 0, 2, 8},
      {0xac, 5, 7, 9},    {0x96, 6, 0, 5},    {0x9b, 10, 2, 11},  {0xac, 1, 12, 10},
      {0xc9, 5, 1, 12},   {0x5a, 8, 10, 14},  {0xb1, 3, 2, 14},   {0xac, 4, 15, 16},
@@ -138,7 +138,7 @@ constexpr SCircuit<STernaryGate, 27> kTernaryCircuit<6> = {
     {20, 26, 32, 13}};
 
 template <>
-constexpr SCircuit<STernaryGate, 27> kTernaryCircuit<7> = {
+inline constexpr SCircuit<STernaryGate, 27> kTernaryCircuit<7> = {
     {{0x1b, 1, 4, 2},   {0x63, 2, 1, 4},   {0xac, 0, 6, 7},   {0x47, 8, 1, 7},    {0xac, 3, 9, 8},
      {0x9e, 3, 6, 2},   {0x4b, 10, 0, 11}, {0xac, 5, 12, 10}, {0x4e, 11, 2, 1},   {0xa6, 4, 10, 14},
      {0x59, 15, 6, 10}, {0xac, 5, 16, 15}, {0x69, 6, 13, 7},  {0xc6, 5, 11, 18},  {0x66, 6, 4, 15},
@@ -151,7 +151,7 @@ template <int kBox>
 constexpr int kBinaryCircuit = 0;
 
 template <>
-constexpr SCircuit<SBinaryGate, 61> kBinaryCircuit<0> = {
+inline constexpr SCircuit<SBinaryGate, 61> kBinaryCircuit<0> = {
     {{kXor, 3, 5},      {kAnd, 3, 5},   {kXor, 8, 2},      {kAndNot, 9, 4},   {kXor, 7, 10},
      {kXor, 4, 3},      {kOr, 12, 10},  {kXor, 8, 6},      {kAndNot, 14, 2},  {kXor, 13, 15},
      {kAndNot, 16, 0},  {kXor, 11, 17}, {kOr, 15, 3},      {kOr, 7, 2},       {kAnd, 20, 13},
@@ -168,7 +168,7 @@ constexpr SCircuit<SBinaryGate, 61> kBinaryCircuit<0> = {
     {25, 67, 40, 54}};
 
 template <>
-constexpr SCircuit<SBinaryGate, 54> kBinaryCircuit<1> = {
+inline constexpr SCircuit<SBinaryGate, 54> kBinaryCircuit<1> = {
     {{kXor, 4, 0},     {kXor, 7, 5},     {kOr, 5, 8},      {kAnd, 9, 4},      {kAnd, 10, 3},
      {kXor, 8, 11},    {kAnd, 10, 0},    {kXor, 13, 6},    {kAndNot, 14, 2},  {kXor, 12, 15},
      {kOr, 3, 10},     {kOr, 2, 5},      {kXor, 18, 10},   {kAndNot, 19, 0},  {kXor, 17, 20},
@@ -183,7 +183,7 @@ constexpr SCircuit<SBinaryGate, 54> kBinaryCircuit<1> = {
     {23, 60, 50, 37}};
 
 template <>
-constexpr SCircuit<SBinaryGate, 54> kBinaryCircuit<2> = {
+inline constexpr SCircuit<SBinaryGate, 54> kBinaryCircuit<2> = {
     {{kXor, 5, 2},      {kOr, 5, 3},       {kAnd, 8, 0},     {kXor, 7, 9},   {kXor, 2, 3},
      {kOr, 11, 0},      {kAndNot, 12, 4},  {kXor, 10, 13},   {kXor, 14, 3},  {kAndNot, 15, 7},
      {kAnd, 16, 0},     {kXor, 6, 17},     {kAnd, 18, 1},    {kXor, 14, 19}, {kXor, 4, 0},
@@ -198,7 +198,7 @@ constexpr SCircuit<SBinaryGate, 54> kBinaryCircuit<2> = {
     {33, 47, 60, 20}};
 
 template <>
-constexpr SCircuit<SBinaryGate, 41> kBinaryCircuit<3> = {
+inline constexpr SCircuit<SBinaryGate, 41> kBinaryCircuit<3> = {
     {{kXor, 4, 1},     {kAndNot, 6, 2}, {kXor, 7, 8},     {kOr, 7, 2},    {kXor, 10, 4},
      {kAndNot, 11, 3}, {kXor, 9, 12},   {kOr, 10, 13},    {kOr, 4, 9},    {kAndNot, 15, 1},
      {kAnd, 16, 3},    {kXor, 14, 17},  {kAndNot, 18, 0}, {kXor, 13, 19}, {kAndNot, 20, 4},
@@ -211,7 +211,7 @@ constexpr SCircuit<SBinaryGate, 41> kBinaryCircuit<3> = {
     {30, 32, 47, 45}};
 
 template <>
-constexpr SCircuit<SBinaryGate, 59> kBinaryCircuit<4> = {
+inline constexpr SCircuit<SBinaryGate, 59> kBinaryCircuit<4> = {
     {{kXor, 5, 4},     {kXor, 7, 0},      {kXor, 3, 4},     {kAnd, 9, 2},      {kXor, 8, 10},
      {kXor, 10, 6},    {kXor, 4, 2},      {kOr, 13, 0},     {kAnd, 14, 3},     {kXor, 12, 15},
      {kAndNot, 16, 1}, {kXor, 11, 17},    {kAnd, 0, 13},    {kXor, 18, 13},    {kOr, 20, 3},
@@ -227,7 +227,7 @@ constexpr SCircuit<SBinaryGate, 59> kBinaryCircuit<4> = {
     {44, 54, 65, 29}};
 
 template <>
-constexpr SCircuit<SBinaryGate, 57> kBinaryCircuit<5> = {
+inline constexpr SCircuit<SBinaryGate, 57> kBinaryCircuit<5> = {
     {{kXor, 1, 0},     {kXor, 7, 5},     {kAnd, 6, 3},      {kXor, 8, 9},     {kAnd, 8, 0},
      {kXor, 11, 1},    {kAndNot, 12, 2}, {kXor, 10, 13},    {kAndNot, 7, 14}, {kXor, 15, 2},
      {kAnd, 12, 1},    {kXor, 16, 17},   {kOr, 5, 11},      {kAnd, 19, 3},    {kXor, 18, 20},
@@ -243,7 +243,7 @@ constexpr SCircuit<SBinaryGate, 57> kBinaryCircuit<5> = {
     {63, 53, 23, 38}};
 
 template <>
-constexpr SCircuit<SBinaryGate, 56> kBinaryCircuit<6> = {
+inline constexpr SCircuit<SBinaryGate, 56> kBinaryCircuit<6> = {
     {{kXor, 3, 2},   {kXor, 7, 5},     {kAnd, 7, 4},     {kXor, 9, 2},      {kAndNot, 10, 5},
      {kXor, 8, 11},  {kXor, 1, 11},    {kAndNot, 3, 4},  {kXor, 13, 14},    {kAnd, 15, 1},
      {kXor, 12, 16}, {kXor, 17, 15},   {kOr, 18, 4},     {kOr, 13, 7},      {kAnd, 20, 10},
@@ -259,7 +259,7 @@ constexpr SCircuit<SBinaryGate, 56> kBinaryCircuit<6> = {
     {40, 62, 27, 51}};
 
 template <>
-constexpr SCircuit<SBinaryGate, 52> kBinaryCircuit<7> = {
+inline constexpr SCircuit<SBinaryGate, 52> kBinaryCircuit<7> = {
     {{kXor, 0, 2},     {kAnd, 7, 0},     {kOr, 8, 1},      {kAndNot, 9, 4},  {kXor, 7, 10},
      {kXor, 6, 4},     {kOr, 0, 4},      {kAnd, 13, 1},    {kXor, 12, 14},   {kAndNot, 15, 3},
      {kXor, 11, 16},   {kAndNot, 7, 4},  {kOr, 18, 3},     {kXor, 2, 4},     {kAndNot, 20, 9},
