@@ -38,9 +38,12 @@ struct SHalves {
 
 KEST_FOR_AVX512 __m512i Load(const unsigned char* data) { return _mm512_loadu_si512(data); }
 
-// Of fewer than 32 words.
+// Of fewer than 32 words, without constants from memory.
 KEST_FOR_AVX512 __m512i SumsOfFew(const unsigned char* data, unsigned int words) {
-  return SHalves(_mm512_maskz_loadu_epi16(_bzhi_u32(~0u, words), data)).Sums();
+  const __m512i few = _mm512_maskz_loadu_epi16(_bzhi_u32(~0u, words), data);
+  const __m512i high = _mm512_sad_epu8(_mm512_slli_epi16(few, 8), _mm512_setzero_si512());
+  const __m512i low = _mm512_sad_epu8(_mm512_srli_epi16(few, 8), _mm512_setzero_si512());
+  return _mm512_add_epi32(_mm512_slli_epi32(high, 8), low);
 }
 
 KEST_FOR_AVX512 unsigned int Total(__m512i sums) {
