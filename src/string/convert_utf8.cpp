@@ -3,8 +3,6 @@
 #include <limits.h>
 #include <stdint.h>
 
-#include <algorithm>
-
 #include "cpu/dispatch.h"
 #include "kest/string.h"
 #include "string/convert_levels.h"
@@ -39,14 +37,12 @@ unsigned int KestStringUtf8ByteLen(const unsigned short* s) {
 
 int KestStringToUtf8(const unsigned short* src, int length, char* dest, int size) {
   if (src == nullptr || dest == nullptr || length <= 0 || size <= 0) return 0;
-  // Each takes a byte at least, so that no more than size units are looked at.
-  return KEST::EncodeBest(src, std::min(length, size), dest, size);
+  return KEST::EncodeBest(src, length, dest, size);
 }
 
 int KestUtf8ToString(const char* src, int length, unsigned short* dest, int size) {
   if (src == nullptr || dest == nullptr || length <= 0 || size <= 0) return 0;
-  // The same with the longest sequences.
-  return KEST::DecodeBest(src, length / 3 > size ? 3 * size : length, dest, size);
+  return KEST::DecodeBest(src, length, dest, size);
 }
 
 }  // extern "C"

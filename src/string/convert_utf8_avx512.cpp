@@ -287,6 +287,8 @@ KEST_APART KEST_FOR_AVX512 int EncodeLong(const unsigned short* src, int length,
 
 KEST_FOR_AVX512 KEST_REALIGN int EncodeUtf8Avx512(const unsigned short* src, int length, char* dest,
                                                   int size) {
+  // Each unit takes a byte at least, so that no more than size of them are looked at.
+  length = std::min(length, size);
   if (length > kBlock) return EncodeLong(src, length, dest, size);
   const int written = EncodePart(src, length, dest, size);
   return written != 0 ? written : EncodeUtf8Plain(src, length, dest, size);
@@ -294,6 +296,8 @@ KEST_FOR_AVX512 KEST_REALIGN int EncodeUtf8Avx512(const unsigned short* src, int
 
 KEST_FOR_AVX512 KEST_REALIGN int DecodeUtf8Avx512(const char* src, int length, unsigned short* dest,
                                                   int size) {
+  // The same with the longest sequences.
+  if (size < length && size < length / 3) length = 3 * size;
   if (length > kBlock) return DecodeLong(src, length, dest, size);
   const int written = DecodeLast(src, length, 0, dest, size);
   return written >= 0 ? written : DecodeUtf8Plain(src, length, dest, size);
