@@ -88,7 +88,8 @@ TPtrArray::TPtrArray() : data(nullptr), size(0), maxSize(0), growBy(0) {
 
 TPtrArray::~TPtrArray() { KestMemFree(data); }
 
-void TPtrArray::SetSize(int newSize, int newGrowBy) {
+// Not inline in SetAtGrow, where appending would take longer for it.
+__attribute__((noinline)) void TPtrArray::SetSize(int newSize, int newGrowBy) {
   if (newSize < 0) return;
   const int step = newGrowBy != -1 ? newGrowBy : growBy;
   if (newSize == 0) {
@@ -117,10 +118,12 @@ void TPtrArray::FreeExtra() {
 
 void TPtrArray::SetAtGrow(int index, void* element) {
   if (index < 0) return;
-  if (index >= size) {
-    if (index >= maxSize && !Grow(data, size, maxSize, growBy, AddSizes(index, 1))) return;
-    std::fill(data + size, data + index, nullptr);
-    size = index + 1;
+  if (index == size) {
+    if (size == maxSize && !Grow(data, size, maxSize, growBy, size + 1)) return;
+    ++size;
+  } else if (index > size) {
+    SetSize(AddSizes(index, 1));
+    if (index >= size) return;
   }
   data[index] = element;
 }
