@@ -79,12 +79,6 @@ class Blocks {
   alignas(64) Limb bLanes[(kBlockColumns + 3) * kColumnLimbs];
 };
 
-// Adds at the bottom of a longer number.
-void AddAt(Word* r, const Word* a, int count) {
-  bool carry = AddWords(r, a, count) != 0;
-  for (; carry; ++count) carry = ++r[count] == 0;
-}
-
 }  // namespace
 
 KEST_FOR_AVX512 KEST_REALIGN void MultiplyWordsAvx512(Word* r, const Word* a, int aCount,
@@ -99,7 +93,7 @@ KEST_FOR_AVX512 KEST_REALIGN void MultiplyWordsAvx512(Word* r, const Word* a, in
     for (int j = 0; j < bCount; j += kBlockWords) {
       const int places = std::min(bCount - j, kBlockWords);
       blocks.Multiply(product, a + i, rows, b + j, places);
-      AddAt(r + i + j, product, rows + places);
+      AddWordsAt(r + i + j, product, rows + places);
     }
   }
   Wipe(product, sizeof product);

@@ -131,6 +131,11 @@ Word AddWords(Word* r, const Word* a, int count) {
   return static_cast<Word>(carry);
 }
 
+void AddWordsAt(Word* r, const Word* a, int count) {
+  bool carry = AddWords(r, a, count) != 0;
+  for (; carry; ++count) carry = ++r[count] == 0;
+}
+
 // Algorithm D of Knuth, The Art of Computer Programming, volume 2, section 4.3.1.
 void DivideWordsPlain(Word* q, Word* u, int uCount, const Word* v, int vCount) {
   for (int j = uCount - vCount - 1; j >= 0; --j) {
@@ -149,7 +154,7 @@ void DivideWordsPlain(Word* q, Word* u, int uCount, const Word* v, int vCount) {
 namespace {
 
 constexpr SVersions<void(Word*, const Word*, int, const Word*, int)> kMultiplyWords = {
-    MultiplyWordsPlain, nullptr, nullptr, nullptr, MultiplyWordsAvx512};
+    MultiplyWordsPlain, MultiplyWordsSse2, nullptr, MultiplyWordsAvx2, MultiplyWordsAvx512};
 constexpr TDispatch<kMultiplyWords> DispatchMultiply;
 
 constexpr SVersions<void(Word*, Word*, int, const Word*, int)> kDivideWords = {

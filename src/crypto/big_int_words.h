@@ -48,6 +48,9 @@ void ShiftWordsRight(Word* r, const Word* a, int count, int bits);
 // r += a; returns the carry.
 Word AddWords(Word* r, const Word* a, int count);
 
+// r += a, r being the bottom of a longer number that takes the carry.
+void AddWordsAt(Word* r, const Word* a, int count);
+
 // r = a - b; returns the borrow. r may be a or b.
 Word SubtractWords(Word* r, const Word* a, const Word* b, int count);
 

@@ -8,6 +8,8 @@
 namespace KEST {
 
 void MultiplyWordsPlain(Word* r, const Word* a, int aCount, const Word* b, int bCount);
+void MultiplyWordsSse2(Word* r, const Word* a, int aCount, const Word* b, int bCount);
+void MultiplyWordsAvx2(Word* r, const Word* a, int aCount, const Word* b, int bCount);
 void MultiplyWordsAvx512(Word* r, const Word* a, int aCount, const Word* b, int bCount);
 
 void DivideWordsPlain(Word* q, Word* u, int uCount, const Word* v, int vCount);

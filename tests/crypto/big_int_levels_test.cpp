@@ -82,7 +82,7 @@ Words Operand(Random& random, int kind, size_t count) {
   return words;
 }
 
-// All short lengths, and those around columns of 13 words and blocks of eight columns, around the
+// All short lengths, and those around columns of 13 words, blocks of 64 and of 104, around the
 // longest divisor that is divided by in vectors, and beyond.
 std::vector<size_t> Lengths() {
   std::vector<size_t> lengths;
