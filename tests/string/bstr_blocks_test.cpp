@@ -133,7 +133,7 @@ TEST(BstrBlocks, RandomChangesInThreads) {
 
 TEST(BstrBlocks, AppendingUnitByUnit) {
   const Started started;
-  for (const size_t first : {0, 1, 40}) {
+  for (const size_t first : {size_t{0}, size_t{1}, size_t{40}}) {
     std::u16string model(first, u'x');
     TBstr s = kest_test::Bstr(model);
     for (int i = 0; i < 3000; ++i) {
