@@ -87,7 +87,8 @@ Words Operand(Random& random, int kind, size_t count) {
 std::vector<size_t> Lengths() {
   std::vector<size_t> lengths;
   for (size_t n = 1; n <= 42; ++n) lengths.push_back(n);
-  for (size_t n : {51, 52, 53, 64, 65, 79, 80, 103, 104, 105, 165, 166, 167, 208, 209}) {
+  for (size_t n :
+       {51u, 52u, 53u, 64u, 65u, 79u, 80u, 103u, 104u, 105u, 165u, 166u, 167u, 208u, 209u}) {
     lengths.push_back(n);
   }
   return lengths;
@@ -223,7 +224,7 @@ TEST(BigIntLevels, PowersAreThoseOfTheModelForExponentsOfEveryKind) {
 TEST(BigIntLevels, PowersModuloLongNumbersAreProductsAndRemainders) {
   Random random;
   SCOPED_TRACE(random.Seed());
-  for (const size_t n : {200, 1000, 4700}) {
+  for (const size_t n : {200u, 1000u, 4700u}) {
     Words odd = Operand(random, kRandom, n);
     odd.front() |= 1;
     const TBigInt m = Big(odd), base = Big(Operand(random, kRandom, n));

@@ -204,9 +204,9 @@ TEST(BstrReplace, ALongTextTakesNoQuadraticTime) {
 }
 
 TEST(BstrReplace, OneMatchAtEachPlace) {
-  for (const size_t matchLength : {1, 2, 3, 16, 17, 33}) {
+  for (const size_t matchLength : {1u, 2u, 3u, 16u, 17u, 33u}) {
     const std::u16string match = u"m" + std::u16string(matchLength - 1, u'n');
-    for (const size_t newLength : {0, 1, 16, 34}) {
+    for (const size_t newLength : {0u, 1u, 16u, 34u}) {
       const std::u16string with(newLength, u'w');
       for (size_t length = matchLength; length <= 72; length += 1 + length / 20) {
         for (size_t place = 0; place <= length - matchLength; place += 1 + place / 10) {
@@ -239,7 +239,7 @@ TEST(BstrReplace, GuardedTextsOfAllLengths) {
 }
 
 TEST(BstrReplace, ManyMatches) {
-  for (const size_t count : {1023, 1024, 1025, 2047, 2048, 2049, 5000}) {
+  for (const size_t count : {1023u, 1024u, 1025u, 2047u, 2048u, 2049u, 5000u}) {
     for (const std::u16string to : {u"", u"x", u"xy", u"xyz"}) {
       std::u16string text, model;
       for (size_t i = 0; i < count; ++i) {

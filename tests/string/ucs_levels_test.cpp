@@ -148,7 +148,7 @@ TEST(UcsLevels, SetsOfEverySize) {
 // Texts of room units and no terminator, the last one before memory that cannot be touched.
 TEST(UcsLevels, ComparisonEverywhere) {
   const Pages left(u'k'), right(u'k'), upper(u'K');
-  for (size_t room : {1, 2, 7, 16, 17, 31, 33, 64, 65, 129, 300}) {
+  for (size_t room : {1u, 2u, 7u, 16u, 17u, 31u, 33u, 64u, 65u, 129u, 300u}) {
     for (unsigned short* a : Places(left, room)) {
       for (size_t to = 0; to < 45; to += 1 + room % 3) {
         unsigned short* b = to == 0 ? right.End() - room : Places(right, room)[to % 42];
@@ -312,7 +312,7 @@ TEST(UcsLevels, WhatFollowsAHostileStart) {
 // The needle's first and last unit are everywhere, and so is more of it.
 TEST(UcsLevels, HostileTextEverywhere) {
   const Pages pages(u'a');
-  for (size_t half : {1, 3, 15, 16, 17, 40}) {
+  for (size_t half : {1u, 3u, 15u, 16u, 17u, 40u}) {
     const std::u16string side(half, u'a');
     const std::u16string needle = side + u'b' + side;
     for (size_t length = 0; length < 1500; length += 1 + length / 9) {
