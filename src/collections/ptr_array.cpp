@@ -41,16 +41,21 @@ inline unsigned int RoomFor(unsigned int capacity) {
   return std::min((capacity + step - 1) & ~(step - 1), kMaxRoom);
 }
 
+// Up to here freed blocks are at hand for the C library's next allocation, which is faster than a
+// block that grows; above, growing may move pages instead of bytes.
+constexpr unsigned int kRoomToCopy = 255;
+
 // Gives the block of oldCapacity elements, none when it is null, the new capacity, with the first
 // count elements in place. Null when there is no memory; the block is then as it was.
 inline void** Resize(void** block, int count, int oldCapacity, unsigned int capacity) {
   if (capacity > kMaxRoom) return nullptr;
+  unsigned int room = capacity;
   if (!KEST::hadClientHooks) {
-    const unsigned int room = RoomFor(capacity);
+    room = RoomFor(capacity);
     if (block != nullptr && room == RoomFor(static_cast<unsigned int>(oldCapacity))) return block;
-    return static_cast<void**>(KestMemRealloc(block, room * sizeof(void*)));
+    if (room > kRoomToCopy) return static_cast<void**>(KestMemRealloc(block, room * sizeof(void*)));
   }
-  void** moved = static_cast<void**>(KestMemAlloc(capacity * sizeof(void*)));
+  void** moved = static_cast<void**>(KestMemAlloc(room * sizeof(void*)));
   if (moved == nullptr) return nullptr;
   std::copy_n(block, count, moved);
   KestMemFree(block);
