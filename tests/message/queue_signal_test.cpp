@@ -155,7 +155,7 @@ TEST_F(QueueSignal, AConsumerWaitsOnceOnAnyNumberOfCores) {
     std::thread([] {
       void* const queue = KEST::InternalCreateMessageQueue();
       s_queue = queue;
-      for (int wait = 1; wait <= 40; ++wait) {
+      for (int wait = 1; wait <= 150; ++wait) {
         unsigned int id = 0;
         void *param1, *param2;
         EXPECT_TRUE(KEST::InternalGetMessage(queue, id, param1, param2, true));

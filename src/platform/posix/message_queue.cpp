@@ -193,12 +193,19 @@ bool TakeOrSleep(SMessageQueue* queue, SMessage& message) {
 
 // A consumer that finds the queue empty looks at it for a while before it sleeps: a message that
 // another core is about to post comes sooner than a wake-up. It looks as often as it has paid of
-// late, and now and then in full all the same.
+// late.
 constexpr int kMostLooks = 256;
 constexpr int kLooksInARow = 16;  // without a pause between them
 constexpr int kLooksBeyond = 32;  // more than four times what the last success took
 constexpr int kFewestLooks = 4;
-constexpr unsigned int kWaitsPerFullLook = 16;
+
+// Two threads that answer each other would sleep for ever after both have slept once, as each look
+// ends before the other thread is awake. So now and then a look lasts as long as a wake-up. Where
+// that finds a message, so do the next ones, until the other thread's long look meets a quick
+// answer; not again soon, because messages may just happen to come at that pace.
+constexpr int kLongLooks = 2048;
+constexpr unsigned int kWaitsPerLongLook = 64;
+constexpr unsigned int kWaitsPerPatience = 1024;
 
 // When messages come in a stream, a consumer that looks at once takes each from under the poster's
 // hands, and both wait for the memory between them. Then it rests first, so that several come
@@ -212,23 +219,30 @@ struct SConsumer {
   int looks;  // for the next wait; below 0 before the first one
   bool rested;
   unsigned int waits;
-  unsigned int taken;  // messages since the last wait began
+  unsigned int taken;        // messages since the last wait began
+  unsigned int patientFrom;  // the wait since when all looks were long, for a while
 };
 
 // In the static thread block, because the general model may allocate on first use and has no result
 // for a failure.
-thread_local SConsumer t_consumer __attribute__((tls_model("initial-exec"))) = {-1, false, 0, 0};
+thread_local SConsumer t_consumer
+    __attribute__((tls_model("initial-exec"))) = {-1, false, 0, 0, 0u - kWaitsPerPatience};
 
 void Rest() {
   for (int i = 0; i < kPausesPerRest; ++i) KEST::Pause();
 }
 
-// How often the next wait looks, after one that has looked in vain. A thread that has one core must
+// How often this wait looks.
+int Looks(const SConsumer& self) {
+  if (self.looks == 0) return 0;
+  const bool isPatient = self.waits - self.patientFrom < kWaitsPerLongLook;
+  return isPatient || self.waits % kWaitsPerLongLook == 0 ? kLongLooks : self.looks;
+}
+
+// How often the next one does, after this one has looked in vain. A thread that has one core must
 // not: whatever it waits for needs that core.
-int LooksAfterFailure(const SConsumer& consumer) {
-  if (!KEST::HasSeveralCores()) return 0;
-  if (consumer.waits % kWaitsPerFullLook == 0) return kMostLooks;
-  return std::max(consumer.looks / 2, kFewestLooks);
+int LooksAfterFailure(const SConsumer& self) {
+  return KEST::HasSeveralCores() ? std::max(self.looks / 2, kFewestLooks) : 0;
 }
 
 bool Look(SMessageQueue* queue, SMessage& message) {
@@ -239,9 +253,13 @@ bool Look(SMessageQueue* queue, SMessage& message) {
   self.taken = 0;
   if (AvailableCallback(queue) != nullptr) return false;
   if (self.rested && self.looks > 0) Rest();
-  for (int i = 0; i < self.looks; ++i) {
+  const int looks = Looks(self);
+  for (int i = 0; i < looks; ++i) {
     if (TakeNow(queue, message)) {
       self.looks = std::min(4 * i + kLooksBeyond, kMostLooks);
+      if (i >= kMostLooks && self.waits - self.patientFrom >= kWaitsPerPatience) {
+        self.patientFrom = self.waits;
+      }
       return true;
     }
     if (i >= kLooksInARow) KEST::Pause();
