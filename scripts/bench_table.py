@@ -2,10 +2,11 @@
 
 usage: bench_table.py RESULTS SUBJECT...
 
-Reads RESULTS/SUBJECT.json and benchmarks/SUBJECT.goals, prints a line for each row: the
+Reads RESULTS/SUBJECT.ROUND.json and benchmarks/SUBJECT.goals, prints a line for each row: the
 median of Kest, the best peer with its median, the ratio of the two, the goal, and whether it is met.
 """
 
+import glob
 import json
 import os
 import statistics
@@ -53,21 +54,28 @@ def read_goals(subject):
         return [Goal(line) for line in lines if line.strip() and not line.startswith("#")]
 
 
+def rounds(results, subject):
+    """The files of a subject, one a round; none when it has not been measured."""
+    return sorted(glob.glob(os.path.join(results, subject + ".*.json")))
+
+
 def read_results(results, subject):
-    """The file's context, and {row: {who: [nanoseconds, ...]}}."""
-    with open(os.path.join(results, subject + ".json"), encoding="utf-8") as file:
-        report = json.load(file)
-    rows = {}
-    for run in report["benchmarks"]:
-        if run["run_type"] != "iteration":
-            continue
-        row, who, *how = run["run_name"].split("/")
-        # Processor time is steadier, but work that waits is measured by the clock.
-        by_clock = "real_time" in how or "manual_time" in how
-        scale = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}[run["time_unit"]]
-        time = run["real_time" if by_clock else "cpu_time"] * scale
-        rows.setdefault(row, {}).setdefault(who, []).append(time)
-    return report["context"], rows
+    """The context of the first round, and {row: {who: [nanoseconds, ...]}} of all."""
+    context, rows = None, {}
+    for path in rounds(results, subject):
+        with open(path, encoding="utf-8") as file:
+            report = json.load(file)
+        context = context or report["context"]
+        for run in report["benchmarks"]:
+            if run["run_type"] != "iteration":
+                continue
+            row, who, *how = run["run_name"].split("/")
+            # Processor time is steadier, but work that waits is measured by the clock.
+            by_clock = "real_time" in how or "manual_time" in how
+            scale = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}[run["time_unit"]]
+            time = run["real_time" if by_clock else "cpu_time"] * scale
+            rows.setdefault(row, {}).setdefault(who, []).append(time)
+    return context, rows
 
 
 def read_rows(results, subject):

@@ -33,7 +33,7 @@ set tics nomirror
 def subjects():
     """Those with results, in the order of their goal files' names; growth has no goals."""
     names = sorted(os.path.basename(path)[:-6] for path in glob.glob(os.path.join(ROOT, "benchmarks", "*.goals")))
-    return [name for name in names if os.path.exists(os.path.join(RESULTS, name + ".json"))]
+    return [name for name in names if bench_table.rounds(RESULTS, name)]
 
 
 def gnuplot(path, height, script):
@@ -74,7 +74,7 @@ plot $rows using 1:2:({10 ** math.floor(math.log10(low))}):1:($2-0.3):($2+0.3):y
 
 def read_growth():
     """{plot: {operation: [(size, nanoseconds for one), ...]}}"""
-    if not os.path.exists(os.path.join(RESULTS, GROWTH + ".json")):
+    if not bench_table.rounds(RESULTS, GROWTH):
         return {}
     plots = {}
     for row in bench_table.read_rows(RESULTS, GROWTH):
@@ -112,7 +112,7 @@ def level_ratios(subject):
     found = {}
     for level in LEVELS:
         results = RESULTS + "-" + level
-        if os.path.exists(os.path.join(results, subject + ".json")):
+        if bench_table.rounds(results, subject):
             found[level] = {row.name: row.ratio for row in bench_table.read_rows(results, subject)}
     return found
 
@@ -180,10 +180,11 @@ def page(compiler, commit):
     yield f"- Date: {context['date'][:10]}"
     yield f"- Peers: Debian's 32-bit packages; missing: {', '.join(missing) if missing else 'none'}"
     yield ""
-    yield "How to read it: Kest and its peers do the same work in one process, in turns; a time is the median of 11 turns,"
-    yield "and the ratio is Kest's time over that of the fastest peer in the row. Below 1 is faster than every peer. Times on"
-    yield "another machine differ, ratios much less. The columns `plain` to `avx2` are the ratio on a processor that"
-    yield "has no more than that; `ratio` is what this machine has. [Decision 7](decisions/0007-processor-levels.md) says"
+    yield "How to read it: Kest and its peers do the same work in one process, in turns; a time is the median of 12 turns in"
+    yield "three rounds, each a process of its own, and the ratio is Kest's time over that of the fastest peer in the row."
+    yield "Below 1 is faster than every peer. Times on another machine differ, ratios much less. The columns `plain` to `avx2`"
+    yield "are the ratio on a processor that has no more than that; `ratio` is what this machine has."
+    yield "[Decision 7](decisions/0007-processor-levels.md) says"
     yield "how a level is chosen."
     yield ""
     for name in names:
