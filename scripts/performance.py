@@ -143,7 +143,7 @@ def growth_page(plots):
     yield "## Growth"
     yield ""
     yield "What one unit, byte, element or message costs when there are 1 to 1,000,000 of them. A level curve is a linear"
-    yield "operation; the beginning is what a call costs, the steps are the caches."
+    yield "operation; the beginning is what a call costs, the steps are the caches and fresh pages of memory."
     yield ""
     for plot, curves in plots.items():
         yield f"![{plot.capitalize()}](performance/{file_name(plot)})"
@@ -182,10 +182,10 @@ def page(compiler, commit):
     yield ""
     yield "How to read it: Kest and its peers do the same work in one process, in turns; a time is the median of 12 turns in"
     yield "three rounds, each a process of its own, and the ratio is Kest's time over that of the fastest peer in the row."
-    yield "Below 1 is faster than every peer. Times on another machine differ, ratios much less. The columns `plain` to `avx2`"
-    yield "are the ratio on a processor that has no more than that; `ratio` is what this machine has."
-    yield "[Decision 7](decisions/0007-processor-levels.md) says"
-    yield "how a level is chosen."
+    yield "Below 1 is faster than every peer. Times on another machine differ, ratios much less; but where the cores are"
+    yield "shared with other machines' work, some rows move between two figures, which their remarks give. The columns"
+    yield "`plain` to `avx2` are the ratio on a processor that has no more than that, in a round of four turns; `ratio` is what"
+    yield "this machine has. [Decision 7](decisions/0007-processor-levels.md) says how a level is chosen."
     yield ""
     for name in names:
         yield from subject_page(name)
