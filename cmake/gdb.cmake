@@ -3,6 +3,9 @@
 
 set(kest_printers libKest.so.${PROJECT_VERSION}-gdb.py)
 configure_file(tools/gdb/libKest-gdb.py ${CMAKE_CURRENT_BINARY_DIR}/${kest_printers} COPYONLY)
+if(NOT KEST_INSTALL)
+  return()
+endif()
 
 # The prefix is known when it is installed. Of an archive's it is not: there the file lies beside the library.
 install(CODE "set(printers \"${CMAKE_CURRENT_BINARY_DIR}/${kest_printers}\")

@@ -10,7 +10,7 @@ target_include_directories(kest_objects
   PRIVATE ${CMAKE_CURRENT_SOURCE_DIR}/include ${CMAKE_CURRENT_SOURCE_DIR}/src)
 target_link_libraries(kest_objects PRIVATE kest_warnings)
 set_target_properties(kest_objects PROPERTIES
-  CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
+  CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON UNITY_BUILD OFF)
 # Failures are results, so nothing throws; unwind tables stay, because a cancelled thread unwinds
 # through the library. -fcheck-new and -fno-delete-null-pointer-checks: our operator new may
 # return null, and null arguments are legal in most calls.
@@ -39,7 +39,8 @@ set_source_files_properties(${container_sources} PROPERTIES COMPILE_OPTIONS -fno
 # glibc's checked variants; they take an optimised build, and sanitizers check more.
 if(NOT KEST_SANITIZE)
   target_compile_options(kest_objects PRIVATE
-    $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE> $<$<NOT:$<CONFIG:Debug>>:-D_FORTIFY_SOURCE=2>)
+    $<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:-U_FORTIFY_SOURCE>
+    $<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:-D_FORTIFY_SOURCE=2>)
 endif()
 
 # The same bytes whatever the folders are called.
@@ -72,8 +73,12 @@ set_target_properties(kest PROPERTIES
 add_library(Kest::Kest ALIAS kest)
 
 add_library(kest_static STATIC $<TARGET_OBJECTS:kest_objects>)
-set_target_properties(kest_static PROPERTIES OUTPUT_NAME Kest EXPORT_NAME Static)
-add_library(Kest::Static ALIAS kest_static)
+set_target_properties(kest_static PROPERTIES OUTPUT_NAME Kest EXPORT_NAME Kest_static)
+add_library(Kest::Kest_static ALIAS kest_static)
+# What the shared library brings along itself; a project in C alone links no C++ runtime.
+find_package(Threads REQUIRED)
+target_link_libraries(kest_static INTERFACE
+  $<$<LINK_LANGUAGE:C>:stdc++> Threads::Threads ${CMAKE_DL_LIBS})
 
 foreach(library kest kest_static)
   target_include_directories(${library} PUBLIC
@@ -82,7 +87,7 @@ foreach(library kest kest_static)
   target_compile_features(${library} PUBLIC cxx_std_17)
   if(KEST_BITS EQUAL 32)
     # Whoever links the 32-bit library builds for it.
-    target_compile_options(${library} INTERFACE $<INSTALL_INTERFACE:-m32>)
-    target_link_options(${library} INTERFACE $<INSTALL_INTERFACE:-m32>)
+    target_compile_options(${library} INTERFACE -m32)
+    target_link_options(${library} INTERFACE -m32)
   endif()
 endforeach()
