@@ -22,11 +22,13 @@ seconds_since() {
   printf '%d.%d' $((us / 1000000)) $((us / 100000 % 10))
 }
 
-# report NAME STATE SECONDS [LOG]
+# report NAME STATE SECONDS [LOG]: on a terminal over the line before, with the state in colour.
 report() {
-  local line
-  printf -v line '%-34s %-7s %6ss%s' "$1" "$2" "$3" "${4:+   $4}"
-  if [ -n "$terminal" ]; then printf '\r\033[K%s\n' "$line"; else printf '%s\n' "$line"; fi
+  local state colour=32
+  printf -v state '%-7s' "$2"
+  [ "$2" = ok ] || colour=31
+  [ -z "$terminal" ] || [ -n "${NO_COLOR-}" ] || state=$'\033['"${colour}m$state"$'\033[0m'
+  printf '%s%-34s %s %6ss%s\n' "${terminal:+$'\r\033[K'}" "$1" "$state" "$3" "${4:+   $4}"
 }
 
 # die MESSAGE...: a line each, and the end.
