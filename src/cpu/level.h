@@ -21,8 +21,9 @@
 #define KEST_REALIGN __attribute__((force_align_arg_pointer))
 
 // On each routine that reads whole aligned vectors: the bytes beyond the text share a page with it,
-// so that they can be read, but a sanitizer sees bytes that are not the text's.
-#define KEST_READS_PAST_END __attribute__((no_sanitize("address")))
+// so that they can be read, but a sanitizer sees bytes that are not the text's, and that another
+// thread may write.
+#define KEST_READS_PAST_END __attribute__((no_sanitize("address"), no_sanitize("thread")))
 
 namespace KEST {
 
