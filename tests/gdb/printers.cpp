@@ -175,6 +175,7 @@ void EmptyQueue() { Stop(); }
 
 // With the default hooks, across the end of a block.
 void MessagesInLane() {
+  const TBstr note("messages in a lane");
   const unsigned int id = KestRequestMessageId();
   KestRegisterMessageCallback(id, OnMessage);
   KestSetMessageAvailableCallback(WakeHost, nullptr);

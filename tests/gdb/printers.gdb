@@ -125,6 +125,11 @@ continue
 info kest-queue
 info kest-queue older
 info kest-queue newer
+# As while another thread takes the oldest one.
+set $front = KEST::TMessageList::s_front._M_b._M_p
+set var KEST::TMessageList::s_front._M_b._M_p = &KEST::TMessageList::s_taking
+info kest-queue
+set var KEST::TMessageList::s_front._M_b._M_p = $front
 python
 def queue(handle):
     beside = gdb.lookup_global_symbol('KEST::InternalPostMessage').symtab.static_block()

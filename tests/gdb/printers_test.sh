@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # printers_test.sh PLACE BUILD PROGRAM LIBRARY: gdb loads the printers by itself, from the build tree, an
-# installed library, a stripped one or a moved archive, and shows what the program holds; garbage: whatever it
-# holds.
+# installed library, a stripped one or a moved archive, and shows what the program holds; from a core file too; whatever garbage
+# it holds.
 
 place=$1 build=$2 program=$3 library=$4
 cd "$(dirname "${BASH_SOURCE[0]}")" || exit 1
@@ -13,6 +13,13 @@ install() { cmake --install "$build" --prefix "$@" >"$work/log" 2>&1 || { cat "$
 
 expected=printers.expected script=printers.gdb
 case $place in
+  core)
+    expected=core.expected script=core.gdb folder=$(dirname "$library")
+    settings=("add-auto-load-safe-path $folder")
+    gdb -nx -batch -ex "break Stop if \$_caller_is(\"(anonymous namespace)::MessagesInLane\", 1)" -ex run \
+      -ex "generate-core-file $work/core" "$program" >"$work/log" 2>&1 </dev/null
+    core=$work/core
+    [ -s "$core" ] || { cat "$work/log"; exit 1; } ;;
   garbage)
     expected=garbage.expected script=garbage.gdb folder=$(dirname "$library")
     settings=("add-auto-load-safe-path $folder") ;;
@@ -38,7 +45,7 @@ esac
 
 options=()
 for setting in "${settings[@]}"; do options+=(-iex "$setting"); done
-LC_ALL=C.UTF-8 gdb -nx -batch "${options[@]}" -ex "set environment LD_LIBRARY_PATH $folder" -x $script "$program" \
+LC_ALL=C.UTF-8 gdb -nx -batch "${options[@]}" -ex "set environment LD_LIBRARY_PATH $folder" -x $script "$program" ${core:+"$core"} \
   >"$work/output" 2>&1 </dev/null
 
 # From the first scene on, without what changes from run to run.
