@@ -31,6 +31,17 @@ grep -rqF "$work" "$work/moved" && complain 'an installed file names the place w
 mkdir "$work/shared" "$work/archive" "$work/packed"
 bash "$here/consume.sh" find_package "$bits" g++ "$work/moved" "$work/shared" || status=1
 
+# The examples are a project too.
+if {
+  cmake -G Ninja -S "$here/../../examples" -B "$work/examples" -DCMAKE_CXX_COMPILER=g++ -DKEST_BITS="$bits" \
+    -DCMAKE_PREFIX_PATH="$work/moved" && cmake --build "$work/examples" --target example_strings
+} >"$work/log" 2>&1; then
+  "$work/examples/strings" | diff "$here/../../examples/strings/expected" - || complain 'an example built by itself differs'
+else
+  complain 'the examples do not build by themselves:'
+  tail -n 20 "$work/log"
+fi
+
 # refuses WHAT WIDTH VERSION MESSAGE: find_package does not find it, and says so.
 refuses() {
   echo "find_package(Kest $3 REQUIRED)" >"$work/find.cmake"
