@@ -25,6 +25,7 @@ any       thread/cancel_test              FormerBug.*  Runs out of memory in a p
 helgrind  message/message_queue_test      *.TheCallbackMayBeSetWhileAnotherThreadPosts  Its fields are accessed atomically, which Helgrind does not follow; thread sanitizer does.
 helgrind  message/message_order_test      *.SeveralGettersShareTheMessages:*.AWaitingConsumerMissesNothing  Messages change hands by atomic accesses: the same.
 helgrind  message/message_queue_test      Flood.*:*.ABlockedGetReturnsAnotherThreadsMessage:*.ANullCallbackReturnsToSignalling:*.TheLoopRunsWhatAnotherThreadPosts  The same.
+helgrind  bridge/eventfd_test            *.AfterItTheQueueWakesItsLoopAgain:*.NoWakeUpIsLost:*.CloseAndWaitRace:*.PostersMayBeInTheCallbackAtTheEnd  The same.
 helgrind  message/message_test            *.CallbacksRunOnTheThreadOfTheLoop  The same.
 helgrind  stress/message_stress_test      *  The same.
 helgrind  thread/sync_test                *.CallersWithoutALockLoseCountsAtMost  The same.
