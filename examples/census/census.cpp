@@ -11,6 +11,7 @@ namespace census {
 namespace {
 
 constexpr int kQueueCapacity = 256;  // entries: enough to keep every worker busy
+constexpr std::chrono::seconds kRedraw(1);
 
 }  // namespace
 
@@ -44,9 +45,16 @@ Census::~Census() {
 }
 
 bool Census::Run() {
-  if (!StartThreads()) Fail("no thread can be started");
-  // The loop also ends when a wait ends for no reason, so its return alone says nothing.
-  while (running > 0) KestMessageLoop();
+  if (!messages) {
+    Fail("no file descriptor is left");
+  } else if (!StartThreads()) {
+    Fail("no thread can be started");
+  }
+  while (running > 0) {
+    // While a large file keeps the workers silent, the time goes on.
+    if (!messages.Wait(kRedraw)) progress.Show();
+    messages.Dispatch();
+  }
   WaitForThreads();
   progress.End();
   if (walker.HasFailed()) Fail("out of memory");
@@ -73,10 +81,7 @@ void Census::OnBytes(unsigned int, void* census, void* bytes) {
   self->progress.Show();
 }
 
-void Census::OnEnded(unsigned int, void* census, void*) {
-  Census* self = static_cast<Census*>(census);
-  if (--self->running == 0) KestPostQuitMessage(self);
-}
+void Census::OnEnded(unsigned int, void* census, void*) { --static_cast<Census*>(census)->running; }
 
 void Census::OnInterrupt(unsigned int, void* census, void* number) {
   static_cast<Census*>(census)->signal = static_cast<int>(reinterpret_cast<intptr_t>(number));

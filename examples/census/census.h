@@ -3,6 +3,7 @@
 #ifndef CENSUS_CENSUS_H
 #define CENSUS_CENSUS_H
 
+#include "kest/bridge/eventfd.h"
 #include "kest/string.h"
 #include "manifests.h"
 #include "news.h"
@@ -47,6 +48,7 @@ class Census {
   SResult* result;
   WorkQueue queue;
   SNews news;
+  KEST::TMessageEvent messages;
   Interrupts interrupts;
   Walker walker;
   Worker workers[Options::kMaxWorkers];

@@ -1,6 +1,7 @@
 // kest-census: a sealed inventory of a directory tree, written on Kest.
 
 #include "census.h"
+#include "kest/bridge/session.h"
 #include "kest/kest.h"
 #include "manifests.h"
 #include "numbers.h"
@@ -8,7 +9,6 @@
 #include "output.h"
 #include "posix.h"
 #include "signature.h"
-#include "thread_scope.h"
 
 using KEST::TBstr;
 
@@ -120,10 +120,6 @@ int Main(int argc, const char* const* argv) {
 }  // namespace census
 
 int main(int argc, char** argv) {
-  if (!KestInitialize(nullptr)) return census::kFailed;
-  census::ThreadScope::Setup();
-  const int status = census::Main(argc, argv);
-  census::ThreadScope::Teardown();
-  KestUninitialize();
-  return status;
+  KEST::TSession session;
+  return session ? census::Main(argc, argv) : census::kFailed;
 }

@@ -11,9 +11,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "kest/bridge/session.h"
 #include "kest/file.h"
 #include "kest/frame.h"
-#include "thread_scope.h"
 
 using KEST::TBstr;
 
@@ -113,14 +113,9 @@ int TerminalWidth(EStream stream) {
 }
 
 Interrupts::Interrupts(void (*ownReceiver)(void*, int), void* ownData)
-    : receiver(ownReceiver), data(ownData), stopping(false), running(false) {
-  lock.Init();
-}
+    : receiver(ownReceiver), data(ownData), stopping(false), running(false) {}
 
-Interrupts::~Interrupts() {
-  Stop();
-  lock.Term();
-}
+Interrupts::~Interrupts() { Stop(); }
 
 bool Interrupts::Start() {
   signal(SIGPIPE, SIG_IGN);
@@ -133,16 +128,17 @@ bool Interrupts::Start() {
 
 void Interrupts::Stop() {
   if (!running) return;
-  lock.Lock();
-  stopping = true;
-  lock.Unlock();
+  {
+    KEST::TLockGuard guard(lock);
+    stopping = true;
+  }
   kill(getpid(), kWakeUp);
   thread.WaitForExit(nullptr);
   running = false;
 }
 
 int Interrupts::ThreadProc(void* self) {
-  ThreadScope scope;
+  KEST::TThreadSession session;
   static_cast<Interrupts*>(self)->Wait();
   return 0;
 }
@@ -161,10 +157,8 @@ void Interrupts::Wait() {
 }
 
 bool Interrupts::IsStopping() {
-  lock.Lock();
-  const bool result = stopping;
-  lock.Unlock();
-  return result;
+  KEST::TLockGuard guard(lock);
+  return stopping;
 }
 
 }  // namespace census

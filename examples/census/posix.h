@@ -5,6 +5,7 @@
 #define CENSUS_POSIX_H
 
 #include "entry.h"
+#include "kest/bridge/lock.h"
 #include "kest/string.h"
 #include "kest/thread.h"
 
@@ -66,7 +67,7 @@ class Interrupts {
   void (*receiver)(void* data, int signal);
   void* data;
   KEST::TThread thread;
-  KEST::TCritSec lock;  // guards stopping
+  KEST::TMutex lock;  // guards stopping
   bool stopping;
   bool running;
 };

@@ -2,9 +2,9 @@
 
 #include <new>
 
+#include "kest/bridge/session.h"
 #include "names.h"
 #include "posix.h"
-#include "thread_scope.h"
 
 using KEST::__POSITION;
 using KEST::TBstr;
@@ -52,7 +52,7 @@ bool Walker::Start(const TBstr& ownRoot, const TBstr& ownPattern, const TBstr& o
 }
 
 int Walker::ThreadProc(void* self) {
-  ThreadScope scope;
+  KEST::TThreadSession session;
   static_cast<Walker*>(self)->Walk();
   return 0;
 }

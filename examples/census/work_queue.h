@@ -4,8 +4,8 @@
 #define CENSUS_WORK_QUEUE_H
 
 #include "entry.h"
+#include "kest/bridge/lock.h"
 #include "kest/collections.h"
-#include "kest/thread.h"
 #include "tokens.h"
 
 namespace census {
@@ -34,7 +34,7 @@ class WorkQueue {
  private:
   Tokens room;
   Tokens filled;
-  KEST::TCritSec lock;  // guards entries
+  KEST::TMutex lock;  // guards entries
   KEST::TPtrList entries;
 };
 

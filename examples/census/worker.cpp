@@ -2,11 +2,11 @@
 
 #include <limits.h>
 
+#include "kest/bridge/session.h"
 #include "kest/digest.h"
 #include "kest/file.h"
 #include "kest/frame.h"
 #include "posix.h"
-#include "thread_scope.h"
 
 using KEST::TBstr;
 using KEST::TFile;
@@ -54,7 +54,7 @@ bool Worker::Start(const TBstr& ownRoot, WorkQueue* ownQueue, const SNews& ownNe
 }
 
 int Worker::ThreadProc(void* self) {
-  ThreadScope scope;
+  KEST::TThreadSession session;
   static_cast<Worker*>(self)->Work();
   return 0;
 }
