@@ -101,7 +101,7 @@ use() {
       done
       examples-$bits/census/kest-census /usr/share/doc -o census-$bits
     done
-    [ -s /usr/share/doc/libkest-doc/README.md ]'
+    [ -s /usr/share/doc/libkest-dev/README.md ]'
 }
 
 remove() {
