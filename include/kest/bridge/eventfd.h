@@ -76,8 +76,10 @@ inline void OnMessageAvailable(void*) {
 
 }  // namespace bridge_detail
 
+// The descriptor of the process's message queue, with what a loop does when it is readable.
 class TMessageEvent {
  public:
+  // What a Dispatch has left.
   enum EResult {
     kDrained,  // no message is left
     kMore,     // there may be more; the descriptor is readable
