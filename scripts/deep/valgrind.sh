@@ -36,9 +36,9 @@ helgrind  thread/thread_test              *.CannotWaitForItself  The join is ref
 END
 }
 
-# The library as on a processor without vectors: the fast routines read whole aligned vectors, past the
-# end of a text within its page, which is what Memcheck is there to report.
-plain=$root/build/m32/levels/plain
+# The library itself, which takes its plain routines under Valgrind: the fast ones read whole vectors, past the end of
+# a text within its page, which is what Memcheck is there to report.
+ours=$root/build/m32
 
 # Programs with a process for each case, because their cases start from a library that nobody has started.
 one_by_one='^frame/start_order_test$'
@@ -90,7 +90,7 @@ check() {
     number=$((number + 1))
     timeout 1800 valgrind --tool="$tool" "$option" --error-exitcode=99 --soname-synonyms=somalloc=nouserintercepts \
       --log-file="$log-$number.log" \
-      "$libraries/ld-linux.so.2" --library-path "$plain:$libraries:$work/root/usr/lib/i386-linux-gnu" \
+      "$libraries/ld-linux.so.2" --library-path "$ours:$libraries:$work/root/usr/lib/i386-linux-gnu" \
       "$tests/$2" "$argument" >"$log-$number.out" 2>&1 </dev/null || wrong="$wrong $log-$number.log"
   done < <(arguments "$tool" "$2")
   echo "$tool $2 $(cat "$log"-*.out | grep -cE '^\[       OK \]|^tests/fuzz/corpus/')${wrong:+ FAILED:$wrong}"
@@ -109,7 +109,7 @@ pass() {
   shift
   mkdir -p "$work/$tool"
   export -f check arguments left_out
-  export tests work libraries plain one_by_one GTEST_COLOR=no
+  export tests work libraries ours one_by_one GTEST_COLOR=no
   printf '%s\n' "$@" | xargs -P "$jobs" -I {} bash -c "check $tool {}"
 }
 
