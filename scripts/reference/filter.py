@@ -1,0 +1,141 @@
+#!/usr/bin/env python3
+"""Doxygen's input filter: a header with a complete comment for each declaration, or a page of docs.
+
+    filter.py include/kest/NAME.h | PAGE.md
+"""
+
+import re
+import sys
+from pathlib import Path
+
+import headers
+
+LABEL = {"Width": "32 and 64 bits"}
+
+
+def escape(text):
+    text = re.sub(r"([\\@<>&#%*\"`~|])", r"\\\1", text)
+    text = re.sub(r"(?<![A-Za-z0-9])_|_(?![A-Za-z0-9])", r"\\_", text) if "`" in text else text
+    return text.replace("...", "\\...") if text.startswith("...") else text
+
+
+def prose(paragraphs):
+    for paragraph in paragraphs:
+        if isinstance(paragraph, list):
+            yield "\\verbatim\n" + "\n".join(paragraph) + "\n\\endverbatim"
+        else:
+            yield escape(paragraph)
+
+
+def fields(pairs):
+    return [f"\\par {LABEL.get(key, key)}\n{escape(text)}" for key, text in pairs]
+
+
+def see(names):
+    for name in names:
+        if name.startswith("docs/"):
+            yield page_link(name)
+        else:
+            yield escape(name) + ("()" if "operator" not in name and name in FUNCTIONS else "")
+
+
+def page_link(name):
+    title = next(line[2:] for line in (headers.ROOT / name).read_text().split("\n") if line.startswith("# "))
+    return f"[{title}]({name})"
+
+
+def comment_of(item):
+    """The lines of an item's comment, in Doxygen's words."""
+    if item.kind == "deleted":
+        what = "An object is not copied." if "operator=" not in item.name else "An object is not assigned."
+        return [f"\\brief Deleted. {what}"]
+    if item.kind != "function":
+        found = [f"\\brief {escape(item.purpose)}", *prose(item.spoken.paragraphs[:0]), *prose(rest_of(item.spoken))]
+        return found + fields((k, v) for k, v in item.comment.fields.items() if k[0].isupper())
+    found = [f"\\brief {escape(item.purpose)}", *prose(item.description)]
+    found += [f"\\param {'...' if n == '...' else n} {escape(item.parameter(n) or '')}" for _, n in item.parameters if n]
+    if item.result:
+        found.append(f"\\return {escape(item.result)}")
+    found += fields(item.rules)
+    name = headers.example(item, PARTS)
+    if name:
+        found.append(shown_part(name))
+    elif item.lookup("Example"):
+        found += fields([("Example", item.lookup("Example"))])
+    if item.see:
+        found.append("\\see " + ", ".join(see(item.see)))
+    return found
+
+
+def shown_part(name):
+    path, lines = PARTS[name]
+    return f"\\par Example\nFrom {escape(path)}:\n\\code{{.cpp}}\n" + "\n".join(lines) + "\n\\endcode"
+
+
+def rest_of(comment):
+    if not comment.paragraphs or isinstance(comment.paragraphs[0], list):
+        return comment.paragraphs
+    first = comment.paragraphs[0][len(comment.purpose):].strip()
+    return ([first] if first else []) + comment.paragraphs[1:]
+
+
+def block(lines, indent=""):
+    print(indent + "/**")
+    print("\n\n".join(lines))
+    print(indent + "*/")
+
+
+def scope_comment(comment):
+    shown = [(k, v) for k, v in comment.fields.items() if k[0].isupper() and k not in ("See", "Example", "Examples")]
+    found = [f"\\brief {escape(comment.purpose)}", *prose(rest_of(comment)), *fields(shown)]
+    if "See" in comment.fields:
+        found.append("\\see " + ", ".join(see(n.strip() for n in comment.fields["See"].split(","))))
+    return found
+
+
+def header(name):
+    for entry in OUTS[name]:
+        if entry[0] == "file":
+            block([f"\\file kest/{name}.h", *scope_comment(entry[1].comment)])
+            if name == "kest":
+                block(["\\namespace KEST", "\\brief What Kest offers in C++. The functions of its C interface begin with Kest "
+                       "or kest_ and are in no namespace."])
+        elif entry[0] == "line":
+            print(entry[1])
+        elif entry[0] == "class":
+            part = headers.class_example(entry[1], PARTS)
+            block(scope_comment(entry[1].comment) + ([shown_part(part)] if part else []), re.match(r" *", entry[2])[0])
+            print(entry[2])
+        else:
+            item, indent = entry[1], re.match(r" *", entry[2])[0]
+            if item.kind != "skipped" and (item.kind != "variable" or item.access != "private"):
+                block(comment_of(item), indent)
+            pair = re.fullmatch(r"(\s*[\w ]+ )(\w+), (\w+);", item.source)
+            if pair:  # Doxygen would give the comment to the first one alone
+                print(f"{pair[1]}{pair[2]};")
+                block(comment_of(item), indent)
+            print(f"{pair[1]}{pair[3]};" if pair else item.source)
+
+
+def page(path):
+    """Links to what is no page of the site become text; a page's own title is its label."""
+    here = path.parent
+
+    def link(found):
+        text, target = found[1], found[2]
+        if re.match(r"(https?:|#)", target):
+            return found[0]
+        whole = (here / target.split("#")[0]).resolve()
+        if whole.suffix == ".md" and whole.exists():
+            return found[0]
+        return f"{text} (`{whole.relative_to(headers.ROOT)}`)" if text.strip("`") not in str(whole) else f"`{whole.relative_to(headers.ROOT)}`"
+
+    print(re.sub(r"\[([^\]]+)\]\(([^)\s]+)\)", link, path.read_text()))
+
+
+if __name__ == "__main__":
+    given = Path(sys.argv[1]).resolve()
+    _, _, ITEMS, OUTS = headers.load()
+    PARTS = headers.snippets()
+    FUNCTIONS = {i.name for i in ITEMS if i.kind == "function"}
+    header(given.stem) if given.suffix == ".h" else page(given)
