@@ -11,16 +11,17 @@ for tool in python3 doxygen mandoc; do
   command -v $tool >/dev/null || { echo "reference.sh: there is no $tool; Debian's package has that name" >&2; exit 2; }
 done
 export PYTHONDONTWRITEBYTECODE=1
+KEST_VERSION=$(sed -n 's/^#define KEST_VERSION_STRING "\(.*\)"$/\1/p' include/kest/kest.h)
+export KEST_VERSION
 out=build/reference
 mkdir -p $out
 
 lint() { python3 scripts/reference/lint.py; }
 
 man() {
-  local version date
-  version=$(sed -n 's/^#define KEST_VERSION_STRING "\(.*\)"$/\1/p' include/kest/kest.h include/kest/version.h 2>/dev/null | head -n 1)
+  local date
   date=$(LC_ALL=C date -u -d "@${SOURCE_DATE_EPOCH:-$(git log -1 --format=%ct -- include 2>/dev/null || stat -c %Y include/kest)}" '+%B %-d, %Y')
-  python3 scripts/reference/man.py $out/man/man3 "$date" "$version" || return 1
+  python3 scripts/reference/man.py $out/man/man3 "$date" "$KEST_VERSION" || return 1
   # mandoc looks for what a page refers to among the system's pages alone: look here instead.
   local found name status=0
   while read -r found; do
@@ -34,6 +35,9 @@ man() {
 
 html() {
   rm -rf $out/html
+  python3 scripts/reference/names.py >$out/names.md || return 1
+  # Doxygen takes any README.md for the first page.
+  sed '1s/$/ {#guides}/; s,](\([a-z]\),](docs/\1,g; s,](\.\./,](,g' docs/README.md >$out/guides.md || return 1
   # The log is Doxygen's own, which it fills with every warning.
   doxygen scripts/reference/Doxyfile && return
   cat $out/doxygen.log

@@ -21,7 +21,7 @@ using KEST::TRsaPublicCipher;
 // A block cipher of your own: TBlockCipher gives it modes, vector and padding.
 class TXorCipher : public TBlockCipher {
  public:
-  TXorCipher(TCipher::ECipherOp op, unsigned char key) : TBlockCipher(op), key(key) {}
+  TXorCipher(ECipherOp direction, unsigned char value) : TBlockCipher(direction), key(value) {}
   int BerInit(const unsigned char*, int) override { return 0; }
   int BerDump(unsigned char*, int) override { return 0; }
   int GetBlockSize() const override { return 4; }

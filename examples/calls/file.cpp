@@ -1,4 +1,4 @@
-// The calls of kest/file.h; takes the path of the module of examples/modules.
+// The calls of kest/file.h; takes the path of the module that is made of module.cpp.
 
 #include "kest/file.h"
 
@@ -109,7 +109,7 @@ static void Modules(const char* path) {
 int main(int argc, char** argv) {
   if (argc != 2 || !KestInitialize(nullptr)) return 1;
   {
-    char folder[] = "/tmp/kest-calls-XXXXXX";
+    char folder[] = "calls-XXXXXX";
     Check(mkdtemp(folder) != nullptr);
     Specs();
     Files(folder);

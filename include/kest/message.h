@@ -122,7 +122,7 @@ KEST_API void KestDispatchMessages(void);
 //             message before, or null when none was received
 //   Failure   null at once when the library is not started
 //   Threads   the consumer's
-//   Blocking  until a quit message comes, without using the processor
+//   Blocking  until a quit message comes; a wait looks for some microseconds before it sleeps
 //   Cost      that of the callbacks
 //   See       KestPostQuitMessage, KestDispatchMessages
 KEST_API void* KestMessageLoop(void);

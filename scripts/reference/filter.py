@@ -14,7 +14,7 @@ LABEL = {"Width": "32 and 64 bits"}
 
 
 def escape(text):
-    text = re.sub(r"([\\@<>&#%*\"`~|])", r"\\\1", text)
+    text = re.sub(r"([\\@<>&#%*\"`|])", r"\\\1", text)
     text = re.sub(r"(?<![A-Za-z0-9])_|_(?![A-Za-z0-9])", r"\\_", text) if "`" in text else text
     return text.replace("...", "\\...") if text.startswith("...") else text
 
@@ -117,25 +117,54 @@ def header(name):
             print(f"{pair[1]}{pair[3]};" if pair else item.source)
 
 
+def slug(heading):
+    return re.sub(r"[^a-z0-9 -]", "", heading.lower()).replace(" ", "-")
+
+
+def headings(path):
+    """The ids of a page's headings, as they are linked to."""
+    outside = re.sub(r"```.*?```", "", path.read_text(), flags=re.S)
+    return {slug(title): f"{path.stem.lower()}-{slug(title)}" for title in re.findall(r"^##+ (.*)$", outside, re.M)}
+
+
 def page(path):
-    """Links to what is no page of the site become text; a page's own title is its label."""
-    here = path.parent
+    """Headings get ids, which links lead to; links to what is no page of the site become text."""
+    here = headers.ROOT if path.parent.name == "reference" else path.parent
+    ids = headings(path)
 
     def link(found):
         text, target = found[1], found[2]
-        if re.match(r"(https?:|#)", target):
+        name, _, part = target.partition("#")
+        whole = (here / name).resolve() if name else path
+        if re.match(r"(https?:|@ref)", target):
             return found[0]
-        whole = (here / target.split("#")[0]).resolve()
-        if whole.suffix == ".md" and whole.exists():
+        if whole == headers.ROOT / "docs/README.md":
+            return f"[{text}](@ref guides)"
+        if whole.suffix == ".md" and whole.parent in (headers.ROOT, headers.ROOT / "docs", headers.ROOT / "docs/decisions"):
+            return f"[{text}](@ref {headings(whole)[part]})" if part else found[0]
+        if whole.suffix == ".svg":
             return found[0]
-        return f"{text} (`{whole.relative_to(headers.ROOT)}`)" if text.strip("`") not in str(whole) else f"`{whole.relative_to(headers.ROOT)}`"
+        inside = str(whole.relative_to(headers.ROOT))
+        return f"`{inside}`" if text.strip("`") in inside else f"{text} (`{inside}`)"
 
-    print(re.sub(r"\[([^\]]+)\]\(([^)\s]+)\)", link, path.read_text()))
+    fenced = False
+    for line in path.read_text().split("\n"):
+        fenced ^= line.startswith("```")
+        title = re.fullmatch(r"##+ (.*)", line)
+        if title and not fenced:
+            line += f" {{#{ids[slug(title[1])]}}}"
+        if not fenced:
+            line = re.sub(r"\[([^\]]+)\]\(([^)\s]+)\)", link, line)
+        # Doxygen looks for "new" where it reads "::new", even in code.
+        print(line.replace("::new", ":\u2060:new"))
 
 
 if __name__ == "__main__":
     given = Path(sys.argv[1]).resolve()
-    _, _, ITEMS, OUTS = headers.load()
-    PARTS = headers.snippets()
-    FUNCTIONS = {i.name for i in ITEMS if i.kind == "function"}
-    header(given.stem) if given.suffix == ".h" else page(given)
+    if given.suffix == ".md":
+        page(given)
+    else:
+        _, _, ITEMS, OUTS = headers.load()
+        PARTS = headers.snippets()
+        FUNCTIONS = {i.name for i in ITEMS if i.kind == "function"}
+        header(given.stem)
