@@ -192,7 +192,7 @@ class Item:
             if scope.kind == "section":
                 found += scope.comment.paragraphs
                 found += [f"{key}: {text[0].upper()}{text[1:]}" for key, text in scope.comment.fields.items()
-                          if key[0].isupper() and key not in RULES + ["Example", "See"]]
+                          if key[0].isupper() and key not in RULES + ["Example", "Result", "See"]]
         return found
 
     @property

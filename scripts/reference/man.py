@@ -19,6 +19,17 @@ def escape(text):
     return re.sub(r"(\w)\(\)", r"\1\\&()", re.sub(r"^([.'])", r"\\&\1", text))
 
 
+def escape_words(text):
+    """For a macro's arguments, where a quote is one more thing with a meaning."""
+    return "\\(dq".join(escape(part) for part in text.split("\\(dq"))
+
+
+def sentence(text):
+    """A field's text as a sentence; a name stays as it is."""
+    plain = re.match(r"[a-z]+(?![A-Za-z0-9_:(*])", text)
+    return (text[0].upper() + text[1:] if plain else text) + ("" if text.endswith(".") else ".")
+
+
 def lines_of(text):
     """Prose with a sentence a line, as mdoc wants it, in lines of up to 78 columns."""
     for sentence in headers.sentences(text):
@@ -73,7 +84,8 @@ def page(title, names, header, purpose, body):
     out = [".\\\" Made from the headers by scripts/reference/man.py.", f".Dd {DATE}", f".Dt {escape(title.upper())} 3", ".Os", ".Sh NAME"]
     out += [f".Nm {escape(n)}" + (" ," if i + 1 < len(names) else "") for i, n in enumerate(names)]
     brief = purpose[:-1]
-    out += [".Nd " + escape(brief[0].lower() + brief[1:] if re.match(r"[A-Z][a-z]* ", brief) else brief)]
+    brief = brief.replace('"', "\\(dq") if '"' in brief else brief
+    out += [".Nd " + escape_words(brief[0].lower() + brief[1:] if re.match(r"[A-Z][a-z]* ", brief) else brief)]
     out += [".Sh LIBRARY", f"Kest {VERSION} (libKest.so.1, -lKest)", ".Sh SYNOPSIS", f".In kest/{header}.h", *body]
     (FOLDER / f"{title}.3").write_text("\n".join(line.rstrip() for line in out) + "\n")
     for other in names[1:]:
@@ -87,7 +99,7 @@ def tagged(title, pairs):
     out = [f".Sh {title}"] if title else []
     out += [".Bl -tag -width Ds"]
     for name, text in pairs:
-        out += [f".It {name}", *lines_of(text[0].upper() + text[1:] + ("" if text.endswith(".") else "."))]
+        out += [f".It {name}", *lines_of(sentence(text))]
     return out + [".El"]
 
 
@@ -112,7 +124,7 @@ def function_page(name, items):
     if results:
         body.append(".Sh RETURN VALUES")
         for i, text in enumerate(results):
-            body += ([".Pp"] if i else []) + list(lines_of(text[0].upper() + text[1:] + ("" if text.endswith(".") else ".")))
+            body += ([".Pp"] if i else []) + list(lines_of(sentence(text)))
     rules = {}
     for item in items:
         for rule, text in item.rules:
