@@ -8,7 +8,7 @@ work=$deep/eventfd
 mkdir -p "$work"
 
 # trace PRESET: strace of the probe, which prints lines between its parts: a line a system call, without
-# the number of the process. Calls that were interrupted by strace's own stop would show twice.
+# the number of the process.
 trace() {
   strace -f -o "$work/$1.strace" "build/$1/tests/bridge/eventfd_probe" >"$work/$1.out" 2>&1 &&
     sed 's/^[0-9]* *//' "$work/$1.strace" >"$work/$1.calls"
