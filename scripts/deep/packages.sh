@@ -96,6 +96,7 @@ use() {
       cmake --build examples-$bits
       for expected in /usr/share/doc/kest-examples/examples/*/expected; do
         name=$(basename "$(dirname "$expected")")
+        [ -e "$(dirname "$expected")/$name.cpp" ] || continue  # calls, which is no program but several
         examples-$bits/$name examples-$bits | diff "$expected" -
         echo "$name as expected, $bits bits"
       done
