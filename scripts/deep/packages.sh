@@ -106,7 +106,7 @@ use() {
 }
 
 remove() {
-  inside user 'apt-get purge -y "libkest*" kest-examples
+  inside user 'apt-get purge -y libkest1:i386 libkest1:amd64 libkest-dev:i386 libkest-dev:amd64 libkest-doc kest-examples
     left=$(find /usr /etc /opt /var -xdev -iname "*kest*" ! -path "/var/cache/apt/*" ! -path "/var/log/*")
     [ -z "$left" ] || { echo "left behind:"; echo "$left"; exit 1; }
     ! ldconfig -p | grep libKest'
