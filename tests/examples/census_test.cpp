@@ -1105,9 +1105,10 @@ TEST_F(Census, VerifyNeverCallsOkWhatItDidNotCheck) {
   File("one", "x");
   ASSERT_EQ(0, Run());
   const std::string tools = base + "/tools";
-  const Strings kTools = {"awk",  "bash",    "cat",  "cksum", "cmp",    "comm",   "cut",   "date",
-                          "diff", "find",    "grep", "head",  "md5sum", "mktemp", "paste", "rm",
-                          "sed",  "sha1sum", "sort", "tee",   "tr",     "uniq",   "wc",    "xargs"};
+  const Strings kTools = {"awk",     "bash",   "cat",    "cksum", "cmp",   "comm", "cut",
+                          "date",    "diff",   "find",   "grep",  "head",  "ln",   "md5sum",
+                          "mkdir",   "mkfifo", "mktemp", "nproc", "paste", "rm",   "sed",
+                          "sha1sum", "sort",   "tee",    "tr",    "uniq",  "wc",   "xargs"};
   ASSERT_EQ(0, mkdir(tools.c_str(), 0755));
   for (const std::string& tool : kTools) {
     ASSERT_EQ(0, Process({"sh", "-c", "ln -s \"$(command -v " + tool + ")\" " + tools}).Wait());
