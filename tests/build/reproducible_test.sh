@@ -14,7 +14,7 @@ if [ -n "$(cache CMAKE_CXX_COMPILER_LAUNCHER)" ]; then
 fi
 
 mkdir "$work/sources"
-cp -r "$source"/{CMakeLists.txt,cmake,include,src,abi} "$work/sources"
+cp -r "$source"/{CMakeLists.txt,cmake,include,src,abi,tools} "$work/sources"
 {
   cmake -G Ninja -S "$work/sources" -B "$work/elsewhere/build" -DCMAKE_CXX_COMPILER="$compiler" \
     -DCMAKE_BUILD_TYPE="$(cache CMAKE_BUILD_TYPE)" -DCMAKE_CXX_FLAGS="$(cache CMAKE_CXX_FLAGS)" \
