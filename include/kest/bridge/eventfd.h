@@ -13,10 +13,9 @@
 //              closing is a state that everyone sees who looks, however late, not an event that
 //              somebody else could have taken. So is what a Dispatch leaves in the queue: it makes
 //              the descriptor readable again before it returns.
-//   Threads    Posting, Close, Wait and IsClosed are safe from any thread. One thread dispatches:
-//   the
-//              queue's consumer, which makes and destroys the object too. Whoever else waits has to
-//              be done with the object before that.
+//   Threads    Posting, Close, Wait and IsClosed are safe from any thread. One thread dispatches,
+//              the queue's consumer, which makes and destroys the object too. Whoever else waits
+//              has to be done with the object before that.
 //   Lifetime   From behind KestInitialize to before the last KestUninitialize. One at a time in a
 //              process: a second one is none. Meanwhile the message-available callback is its own,
 //              and KestMessageLoop must not be used. A module that has made one stays loaded until

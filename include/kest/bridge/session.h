@@ -2,11 +2,10 @@
 // BSTRs, and modules.
 //
 //   Failure    Nothing throws; each object says whether it holds something.
-//   Threads    The library counts its users without a lock. The sessions here take turns, so
-//   threads
-//              may come and go as they like; a module that is built with hidden symbols has a lock
-//              of its own, and then the program's and the module's sessions may not begin or end at
-//              the same time.
+//   Threads    The library counts its users without a lock. The sessions here take turns, so that
+//              threads may come and go as they like; a module that is built with hidden symbols has
+//              a lock of its own, and then the program's and the module's sessions may not begin or
+//              end at the same time.
 //   Example    examples/event_loop/event_loop.cpp
 
 #ifndef KEST_BRIDGE_SESSION_H
